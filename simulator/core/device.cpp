@@ -1,0 +1,87 @@
+#include "core/device.h"
+
+#include <cstdio>
+#include <cstring>
+#include <random>
+
+namespace simulator {
+namespace {
+
+constexpr unsigned KIND_RECORDER = 1;
+constexpr unsigned LIVE_VIEW = 0;  ///< index of the mask, local and remote
+constexpr unsigned PLAYBACK = 1;
+
+/** Ten bytes that are always the same for one seed. */
+void FillIdentity(unsigned seed, unsigned char (&identity)[10]) {
+    std::mt19937 bytes(seed);
+    for (unsigned char& byte : identity) {
+        byte = static_cast<unsigned char>(bytes() & 0xFF);
+    }
+}
+
+vexo_dev_capability MakeCapability(const Scenario& scenario) {
+    vexo_dev_capability capability = {};
+    capability.device_kind = KIND_RECORDER;
+    capability.device_class = 1;
+    FillIdentity(scenario.seed, capability.identity);
+    capability.analog_channels = static_cast<unsigned>(scenario.cameras.size());
+    capability.total_channels = capability.analog_channels;
+    sscanf(scenario.version.c_str(), "%u.%u", &capability.software_major, &capability.software_minor);
+    snprintf(capability.build_date, sizeof capability.build_date, "%s", scenario.build_date.c_str());
+    capability.hardware_major = 1;
+    capability.network_ports = static_cast<unsigned char>(scenario.network.interfaces.size());
+    return capability;
+}
+
+vexo_channel_mask MaskOf(const std::vector<unsigned>& channels) {
+    vexo_channel_mask mask = {};
+    const unsigned count = static_cast<unsigned>(TheScenario().cameras.size());
+    for (unsigned channel = 0; channels.empty() && channel < count; ++channel) {
+        mask.word[channel / 32] |= 1U << channel % 32;
+    }
+    for (unsigned number : channels) {
+        mask.word[(number - 1) / 32] |= 1U << (number - 1) % 32;
+    }
+    return mask;
+}
+
+vexo_dev_usr_authority AllRights() {
+    vexo_dev_usr_authority rights = {};
+    const vexo_channel_mask all = MaskOf({});
+    for (unsigned& flag : rights.local_flag) {
+        flag = 1;
+    }
+    for (unsigned& flag : rights.remote_flag) {
+        flag = 1;
+    }
+    for (vexo_channel_mask& mask : rights.local_mask) {
+        mask = all;
+    }
+    for (vexo_channel_mask& mask : rights.remote_mask) {
+        mask = all;
+    }
+    return rights;
+}
+
+}  // namespace
+
+const vexo_dev_capability& TheCapability() {
+    static const vexo_dev_capability capability = MakeCapability(TheScenario());
+    return capability;
+}
+
+vexo_dev_usr_authority AuthorityOf(const UserSettings& user) {
+    if (user.administrator) {
+        return AllRights();
+    }
+    vexo_dev_usr_authority rights = {};
+    rights.level_a = 1;
+    rights.level_b = 1;
+    for (unsigned right : {LIVE_VIEW, PLAYBACK}) {
+        rights.local_mask[right] = MaskOf(user.channels);
+        rights.remote_mask[right] = MaskOf(user.channels);
+    }
+    return rights;
+}
+
+}  // namespace simulator

@@ -1,0 +1,223 @@
+#include "core/scenario.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <set>
+
+#include "core/json_section.h"
+#include "core/operations.h"
+#include "core/scenario_network.h"
+
+namespace simulator {
+namespace {
+
+constexpr unsigned MAX_CHANNELS = 256;
+constexpr unsigned USUAL_CHANNELS = 4;
+constexpr size_t MAX_USERS = 128;
+constexpr size_t MAX_FAULTS = 1000;
+constexpr size_t NAME_BYTES = 63;  ///< what the platform's name fields hold
+constexpr size_t PATH_BYTES = 4095;
+constexpr unsigned MOST = 0xFFFFFFFF;
+
+constexpr Bounds CHANNELS = {1, MAX_CHANNELS, "channels"};
+constexpr Bounds SIZE = {64, 4096, "pixels"};
+constexpr Bounds FPS = {1, 60, "frames a second"};
+constexpr Bounds GOP = {1, 300, "frames from key frame to key frame"};
+constexpr Bounds KBPS = {16, 50000, "kbit/s"};
+constexpr Bounds AUDIO_HZ = {0, 3900, "Hz, 0 for silence"};
+constexpr Bounds FRAMES_KEPT = {25, 2000, "frames"};
+
+constexpr VideoSettings USUAL_MAIN = {1280, 720, 25, 25, 2000};
+constexpr VideoSettings USUAL_SUB = {352, 288, 12, 12, 256};
+constexpr double USUAL_AUDIO_LEVEL = 0.3;
+
+/** A pitch of its own for every channel, below half of the sound's 8000 samples a second. */
+unsigned UsualPitch(size_t index) {
+    return 440 + 13 * static_cast<unsigned>(index);
+}
+
+VideoSettings ReadVideo(JsonSection section, const VideoSettings& usual) {
+    VideoSettings video;
+    video.width = section.Even("width", usual.width, SIZE);
+    video.height = section.Even("height", usual.height, SIZE);
+    video.fps = section.Whole("fps", usual.fps, FPS);
+    video.gop = section.Whole("gop", usual.gop, GOP);
+    video.kbps = section.Whole("kbps", usual.kbps, KBPS);
+    section.RefuseOtherKeys();
+    return video;
+}
+
+void ReadAudio(JsonSection section, size_t index, CameraSettings& camera) {
+    camera.audio_hz = section.Whole("hz", UsualPitch(index), AUDIO_HZ);
+    camera.audio_level = section.Real("level", USUAL_AUDIO_LEVEL, 0, 1);
+    section.RefuseOtherKeys();
+}
+
+CameraSettings ReadCamera(JsonSection section, size_t index) {
+    CameraSettings camera;
+    camera.name = section.Text("name", "Camera " + std::to_string(index + 1), 1, NAME_BYTES);
+    camera.source = section.Text("source", "scene", 1, PATH_BYTES);
+    camera.main = ReadVideo(section.Object("main"), USUAL_MAIN);
+    camera.sub = ReadVideo(section.Object("sub"), USUAL_SUB);
+    ReadAudio(section.Object("audio"), index, camera);
+    camera.signal = section.Truth("signal", true);
+    section.RefuseOtherKeys();
+    return camera;
+}
+
+/** "channels" says how many there are; cameras that are not described take the defaults. */
+std::vector<CameraSettings> ReadCameras(JsonSection& root) {
+    std::vector<CameraSettings> cameras;
+    for (const JsonSection& section : root.Objects("cameras", 1, MAX_CHANNELS)) {
+        cameras.push_back(ReadCamera(section, cameras.size()));
+    }
+    const unsigned usual = cameras.empty() ? USUAL_CHANNELS : static_cast<unsigned>(cameras.size());
+    const unsigned channels = root.Whole("channels", usual, CHANNELS);
+    if (channels < cameras.size()) {
+        root.Refuse("channels", std::to_string(channels) + " is less than the " + std::to_string(cameras.size()) +
+                                    " cameras described, raise it or leave it out");
+    }
+    const nlohmann::json nothing = nlohmann::json::object();
+    while (cameras.size() < channels) {
+        cameras.push_back(ReadCamera(JsonSection(nothing, "cameras"), cameras.size()));
+    }
+    return cameras;
+}
+
+UserSettings ReadUser(JsonSection section, size_t channels) {
+    UserSettings user;
+    user.name = section.RequiredText("name", 1, NAME_BYTES);
+    user.password = section.Text("password", "", 0, NAME_BYTES);
+    user.administrator = section.Truth("administrator", false);
+    user.channels = section.Wholes("channels", {1, static_cast<unsigned>(channels), "channel numbers"});
+    if (user.administrator && !user.channels.empty()) {
+        section.Refuse("channels", "does not go with an administrator, who has all channels: leave it out");
+    }
+    section.RefuseOtherKeys();
+    return user;
+}
+
+void CheckUsers(const std::vector<UserSettings>& users, const JsonSection& root) {
+    std::set<std::string> names;
+    for (size_t i = 0; i < users.size(); ++i) {
+        if (!names.insert(users[i].name).second) {
+            root.Refuse("users[" + std::to_string(i) + "].name",
+                        "\"" + users[i].name + "\" is the name of an earlier user, give another");
+        }
+    }
+    const auto admin =
+        std::find_if(users.begin(), users.end(), [](const UserSettings& user) { return user.name == "admin"; });
+    if (admin == users.end()) {
+        root.Refuse("users", "there is no user \"admin\", who the recorder's own programs log in as: add one");
+    }
+    if (!admin->administrator) {
+        root.Refuse("users[" + std::to_string(admin - users.begin()) + "].administrator",
+                    "the user \"admin\" must be an administrator: set it to true");
+    }
+}
+
+std::vector<UserSettings> ReadUsers(JsonSection& root, size_t channels) {
+    std::vector<UserSettings> users;
+    for (const JsonSection& section : root.Objects("users", 1, MAX_USERS)) {
+        users.push_back(ReadUser(section, channels));
+    }
+    if (!root.Has("users")) {
+        return {{"admin", "admin12345", true, {}}};
+    }
+    CheckUsers(users, root);
+    return users;
+}
+
+FaultSettings ReadFault(JsonSection section) {
+    FaultSettings fault;
+    fault.operation = section.RequiredText("operation", 1, NAME_BYTES);
+    const std::string why = WhyNoOperation(fault.operation);
+    if (!why.empty()) {
+        section.Refuse("operation", why);
+    }
+    fault.nth = section.Whole("nth", 1, {1, MOST, "uses"});
+    fault.times = section.Whole("times", 1, {1, MOST, "uses"});
+    section.RefuseOtherKeys();
+    return fault;
+}
+
+std::vector<FaultSettings> ReadFaults(JsonSection& root) {
+    std::vector<FaultSettings> faults;
+    for (const JsonSection& section : root.Objects("faults", 0, MAX_FAULTS)) {
+        faults.push_back(ReadFault(section));
+    }
+    return faults;
+}
+
+std::string ReadVersion(JsonSection& root) {
+    std::string version = root.Text("version", "1.0", 3, 9);
+    char major[5];
+    char minor[5];
+    int length = 0;
+    sscanf(version.c_str(), "%4[0-9].%4[0-9]%n", major, minor, &length);
+    if (length != static_cast<int>(version.size())) {
+        root.Refuse("version", "\"" + version + "\" does not do, give major.minor, such as \"1.0\"");
+    }
+    return version;
+}
+
+/** Whether the calendar has that day, from 1970 on; timegm moves one that it has not. */
+bool IsDay(int year, int month, int day) {
+    struct tm time = {};
+    time.tm_year = year - 1900;
+    time.tm_mon = month - 1;
+    time.tm_mday = day;
+    timegm(&time);
+    return year >= 1970 && time.tm_mon == month - 1 && time.tm_mday == day;
+}
+
+std::string ReadBuildDate(JsonSection& root) {
+    std::string date = root.Text("build_date", "2024-7-5", 8, 10);
+    char year[5] = "";
+    char month[3] = "";
+    char day[3] = "";
+    int length = 0;
+    sscanf(date.c_str(), "%4[0-9]-%2[0-9]-%2[0-9]%n", year, month, day, &length);
+    if (length != static_cast<int>(date.size()) || !IsDay(atoi(year), atoi(month), atoi(day))) {
+        root.Refuse("build_date", "\"" + date + "\" does not do, give year-month-day, such as \"2024-7-5\"");
+    }
+    return date;
+}
+
+/** A list that holds less than one group of pictures may hold no key frame, and nobody could start reading it. */
+void CheckFramesKept(const Scenario& scenario, const JsonSection& root) {
+    unsigned longest = 0;
+    for (const CameraSettings& camera : scenario.cameras) {
+        longest = std::max({longest, camera.main.gop, camera.sub.gop});
+    }
+    if (scenario.frames_kept < longest) {
+        root.Refuse("frames_kept", std::to_string(scenario.frames_kept) + " is less than the longest gop, " +
+                                       std::to_string(longest) + ": a live list must hold a key frame, raise it");
+    }
+}
+
+}  // namespace
+
+Scenario ParseScenario(const std::string& json) {
+    const nlohmann::json document = ReadJson(json);
+    JsonSection root(document, "");
+    Scenario scenario;
+    scenario.name = root.Text("name", "unnamed", 1, NAME_BYTES);
+    scenario.model = root.Text("model", scenario.model, 1, NAME_BYTES);
+    scenario.version = ReadVersion(root);
+    scenario.build_date = ReadBuildDate(root);
+    scenario.seed = root.Whole("seed", 1, {0, MOST, "any number"});
+    scenario.frames_kept = root.Whole("frames_kept", 100, FRAMES_KEPT);
+    scenario.cameras = ReadCameras(root);
+    CheckFramesKept(scenario, root);
+    scenario.users = ReadUsers(root, scenario.cameras.size());
+    scenario.faults = ReadFaults(root);
+    scenario.network = ReadNetwork(root.Object("network"));
+    scenario.platform_links = ReadPlatformLinks(root.Objects("platform_links", 0, 32));
+    root.RefuseOtherKeys();
+    return scenario;
+}
+
+}  // namespace simulator

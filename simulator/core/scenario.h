@@ -1,0 +1,126 @@
+// The scenario: what the simulated recorder is made of, read once at start from a JSON file or from the built-in
+// default. Data only. What the recorder does with it stands in the libraries (../utility, ../cfgm, ../model).
+#ifndef SIMULATOR_CORE_SCENARIO_H
+#define SIMULATOR_CORE_SCENARIO_H
+
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+/** One encoded stream of a camera. */
+struct VideoSettings {
+    unsigned width = 0;   ///< pixels, even
+    unsigned height = 0;  ///< pixels, even
+    unsigned fps = 0;     ///< frames a second
+    unsigned gop = 0;     ///< frames from key frame to key frame
+    unsigned kbps = 0;    ///< target bit rate, kbit/s
+};
+
+struct CameraSettings {
+    std::string name;
+    std::string source;  ///< "scene" for the generated scene, or the path of a video file to play in a loop
+    VideoSettings main;
+    VideoSettings sub;
+    unsigned audio_hz = 0;   ///< pitch of the camera's sound, a tone; 0: silence
+    double audio_level = 0;  ///< amplitude of the tone, 0 to 1 of full scale
+    bool signal = true;      ///< false: starts without a video signal
+};
+
+struct UserSettings {
+    std::string name;
+    std::string password;
+    bool administrator = false;      ///< all rights; otherwise live view and playback on the channels below
+    std::vector<unsigned> channels;  ///< counted from 1; empty: all
+};
+
+struct FaultSettings {
+    std::string operation;  ///< such as "vexo_model_login"
+    unsigned nth = 1;       ///< the use that fails first, counted from 1
+    unsigned times = 1;     ///< how many uses fail from there on
+};
+
+/** One Ethernet interface. */
+struct InterfaceSettings {
+    std::string name;  ///< such as "eth0"
+    bool dhcp = false;
+    std::string address;
+    std::string mask;
+    std::string gateway;
+};
+
+/** TCP ports of the recorder's services. */
+struct PortSettings {
+    unsigned http = 80;
+    unsigned https = 443;
+    unsigned onvif = 8000;
+    unsigned rtmp = 1935;
+    unsigned rtsp = 554;
+};
+
+struct PppoeSettings {
+    bool enabled = false;
+    std::string user;
+    std::string password;
+};
+
+struct NetworkSettings {
+    std::vector<InterfaceSettings> interfaces;  ///< the first one carries the default route
+    std::string dns1;
+    std::string dns2;
+    bool upnp = false;
+    PortSettings ports;
+    PppoeSettings pppoe;
+};
+
+/** One parameter of a platform link. */
+struct LinkParameter {
+    std::string name;
+    std::string value;
+};
+
+/** One platform link: what a management platform is reached by. */
+struct PlatformLink {
+    unsigned number = 0;  ///< 1 to 32
+    bool enabled = false;
+    std::vector<LinkParameter> parameters;  ///< at most 8
+};
+
+struct Scenario {
+    std::string name;
+    std::string model = "Simulated recorder";
+    std::string version;     ///< "major.minor", such as "1.0"
+    std::string build_date;  ///< year-month-day
+    unsigned seed = 1;
+    unsigned frames_kept = 0;  ///< frames that a live list holds before the oldest goes
+    std::vector<CameraSettings> cameras;
+    std::vector<UserSettings> users;  ///< one of them is "admin"
+    std::vector<FaultSettings> faults;
+    NetworkSettings network;
+    std::vector<PlatformLink> platform_links;
+};
+
+/**
+ * The running scenario; loaded on first use, unchanged afterwards, valid for the process's life. A file that cannot be
+ * used ends the process: a message on standard error says why, the exit status is 2.
+ */
+const Scenario& TheScenario();
+
+/**
+ * Reads a scenario from JSON text; throws std::runtime_error that names the place and what is wrong with it. A camera's
+ * file is taken as written and not opened here.
+ */
+Scenario ParseScenario(const std::string& json);
+
+/** The default scenario's JSON text: four channels. */
+const char* DefaultScenarioJson();
+
+/**
+ * The recorder's home folder, which exists after the call: environment variable RECORDER_HOME, else the folder
+ * simulated-recorder under the user's cache folder. One that cannot be made ends the process as a bad scenario does.
+ */
+std::string HomeFolder();
+
+}  // namespace simulator
+
+#endif

@@ -1,0 +1,24 @@
+// main of every system test: gives the simulated recorder a home folder of its own, and takes it away again.
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+int main(int argc, char** argv) {
+    testing::InitGoogleMock(&argc, argv);
+    std::string home = std::filesystem::temp_directory_path() / "recorder-test.XXXXXX";
+    if (mkdtemp(home.data()) == nullptr) {
+        perror(home.c_str());
+        return 1;
+    }
+    setenv("RECORDER_HOME", home.c_str(), 1);
+    setenv("RECORDER_QUIET", "1", 1);
+    const int result = RUN_ALL_TESTS();
+    std::error_code error;
+    std::filesystem::remove_all(home, error);
+    return result;
+}

@@ -1,0 +1,10 @@
+#include "topic.h"
+
+namespace hostmgrctl {
+
+const std::vector<Topic>& Topics() {
+    static const std::vector<Topic> topics = {VERSION_TOPIC, LOGIN_TOPIC, LIVE_TOPIC};
+    return topics;
+}
+
+}  // namespace hostmgrctl

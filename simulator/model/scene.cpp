@@ -100,8 +100,8 @@ bool Scene::Draw(int64_t moment, const View& view, AVFrame& picture) {
 
 Scene::Window Scene::WindowOf(const View& view) const {
     const double zoom = std::clamp(view.zoom, 1.0, 16.0);
-    const int width = static_cast<int>(m_world->width / 2 / zoom) & ~1;
-    const int height = static_cast<int>(m_world->height / 2 / zoom) & ~1;
+    const int width = static_cast<int>(m_world->width / (2 * zoom)) & ~1;
+    const int height = static_cast<int>(m_world->height / (2 * zoom)) & ~1;
     const int left = static_cast<int>((m_world->width - width) * std::clamp(view.pan, 0.0, 1.0)) & ~1;
     const int top = static_cast<int>((m_world->height - height) * std::clamp(view.tilt, 0.0, 1.0)) & ~1;
     return {left, top, width, height};

@@ -158,13 +158,18 @@ TEST_F(LockScopes, ChangeScope_LocksForChangeAndUnlocks) {
     EXPECT_THAT(platform.TakeCalls(), ElementsAre("wr_lock(a lock, file, Function)", "unlock(a lock, file, Function)"));
 }
 
+/** What the lock analysis would rightly refuse. */
+static int UnlockAgain(HostMgrChangeScope& scope) VEXO_NO_THREAD_SAFETY_ANALYSIS {
+    return scope.Unlock();
+}
+
 TEST_F(LockScopes, ChangeScopeEndedEarly_GivesTheLocksAnswerAndUnlocksOnce) {
     testing::NiceMock<MockRwLock> lock(platform, "a lock");
     ON_CALL(lock, wr_lock(_, _)).WillByDefault(Return(0));
     EXPECT_CALL(lock, unlock(testing::StrEq("file"), testing::StrEq("Function"))).Times(1).WillOnce(Return(9));
     HostMgrChangeScope scope(&lock, "file", "Function");
     EXPECT_EQ(scope.Unlock(), 9);
-    EXPECT_EQ(scope.Unlock(), 0);
+    EXPECT_EQ(UnlockAgain(scope), 0);
 }
 
 TEST_F(LockScopes, LockInfoThatFillsTheBuffer_IsTerminated) {

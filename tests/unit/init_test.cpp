@@ -124,8 +124,12 @@ TEST_F(InitialisationDeathTest, TableLockFails_IsAFailedAssertion) {
                 FailedAssertion("vexo_hostmgr_resource", "construct_res", "m_lock != NULL"));
 }
 
+// Memory runs out within the configuration manager's start: the manager is made after that, not before.
 TEST_F(InitialisationDeathTest, NoMemoryForTheManager_IsAFailedAssertion) {
-    FailNothrowNew(1);
+    ON_CALL(platform, vexo_cfgm_init()).WillByDefault([] {
+        FailNothrowNew(1);
+        return 0;
+    });
     EXPECT_EXIT(OnConsole(vexo_HostMgr_Dev_init), ExitedWithCode(255),
                 FailedAssertion("vexo_hostmgr_resource", "get_res_manage", "s_resource_manage != NULL"));
 }

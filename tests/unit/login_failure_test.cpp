@@ -180,17 +180,65 @@ TEST_F(LoginFailureExit, SlotZero_DestroysItsOwnObjectsInOrderUnderTheTableLock)
     EXPECT_THAT(platform.LiveMemory(), IsEmpty());
 }
 
-TEST_F(LoginFailureExit, SlotZero_EveryKindOfFailureLeavesNothing) {
+/** A way to fail once the record has been taken. */
+struct FailureKind {
+    const char* name;
+    void (*refuse)(Platform& platform);
+    const char* user;
+    const char* password;
+};
+
+static void PrintTo(const FailureKind& kind, std::ostream* out) {
+    *out << kind.name;
+}
+
+static void RefuseAdmin(Platform& platform) {
     ON_CALL(platform, vexo_model_get_usr_info_byname).WillByDefault(Return(-1));
-    FailLogin();
-    RawConsole([] {
-        LoginAsAdmin();
-        LoginV2(nullptr, "pass", nullptr);
-    });
+}
+static void RefuseLocally(Platform& platform) {
+    ON_CALL(platform, vexo_model_login).WillByDefault(Return(-1));
+}
+static void RefuseRemotely(Platform& platform) {
+    ON_CALL(platform, vexo_model_remote_login).WillByDefault(Return(-1));
+}
+static void RefuseNothing(Platform&) {}
+
+class LoginFailureOfKind : public LoginFixture, public testing::WithParamInterface<FailureKind> {
+protected:
+    void FailThisWay() {
+        GetParam().refuse(platform);
+        RawConsole([] { EXPECT_EQ(LoginV2(GetParam().user, GetParam().password, nullptr), -1); });
+    }
+};
+
+TEST_P(LoginFailureOfKind, InSlotZero_LeavesNothing) {
+    FailThisWay();
     EXPECT_THAT(platform.LiveLocks(), ElementsAre(TABLE_LOCK));
     EXPECT_THAT(platform.LiveMemory(), IsEmpty());
     EXPECT_EQ(Listing(), "");
 }
+
+TEST_P(LoginFailureOfKind, InAHigherSlot_LeavesItsObjectsAllocated) {
+    LogInAll({0x501});
+    FailThisWay();
+    EXPECT_THAT(platform.LiveLocks(), ElementsAreArray(LocksOf(2)));
+    EXPECT_EQ(Listing(), ListedAdmin(0, 0x501));
+}
+
+TEST_P(LoginFailureOfKind, InTheSlotOfAHandlesNumber_EndsThatLogin) {
+    LogInAll({0x501, 2});
+    FailThisWay();
+    EXPECT_EQ(Listing(), ListedAdmin(0, 0x501));
+    EXPECT_THAT(With("vexo_utility_delete_", platform.TakeCalls()), ElementsAreArray(ModulesEnded()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, LoginFailureOfKind,
+                         testing::Values(FailureKind{"NoAdmin", RefuseAdmin, nullptr, nullptr},
+                                         FailureKind{"LocalRefused", RefuseLocally, nullptr, nullptr},
+                                         FailureKind{"RemoteRefused", RefuseRemotely, "anna", "pass"},
+                                         FailureKind{"OnlyUser", RefuseNothing, "anna", nullptr},
+                                         FailureKind{"OnlyPassword", RefuseNothing, nullptr, "pass"}),
+                         [](const testing::TestParamInfo<FailureKind>& kind) { return std::string(kind.param.name); });
 
 TEST_F(LoginFailureExit, SlotZero_IsTheOneReleasedAlthoughHigherSlotsAreFreeToo) {
     LogInAll({0x501, 0x502});

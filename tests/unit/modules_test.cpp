@@ -167,11 +167,20 @@ TEST_F(Modules, CaptureDestruction_FreesTableThenDeletesLock) {
 
 // ---- all seven -----------------------------------------------------------------------------------------------------
 
-template <typename Module>
-class EachModule : public Modules {};
 using AllModules = testing::Types<vexo_hostmgr_control, vexo_hostmgr_lv, vexo_hostmgr_playback, vexo_hostmgr_talkback,
                                   vexo_hostmgr_alarm, vexo_hostmgr_queryfile, vexo_hostmgr_capture>;
-TYPED_TEST_SUITE(EachModule, AllModules);
+
+struct ModuleNames {
+    template <typename>
+    static std::string GetName(int index) {
+        static const char* const NAMES[] = {"Control", "LiveView", "Playback", "Talkback", "Alarm", "Query", "Capture"};
+        return NAMES[index];
+    }
+};
+
+template <typename Module>
+class EachModule : public Modules {};
+TYPED_TEST_SUITE(EachModule, AllModules, ModuleNames);
 
 TYPED_TEST(EachModule, Lifetime_GivesEverythingBack) {
     { const TypeParam module; }

@@ -30,6 +30,11 @@ private:
     const int m_out;
 };
 
+/** Whether the filter is one test's name, without a pattern: as ctest calls us. */
+static bool OneTestIsNamed() {
+    return GTEST_FLAG_GET(filter).find_first_of("*?:-") == std::string::npos;
+}
+
 static std::vector<std::string> FindSelectedTests() {
     int ends[2];
     if (pipe(ends) != 0)
@@ -77,7 +82,7 @@ int main(int argc, char** argv) {
     testing::InitGoogleMock(&argc, argv);
     // What a nice or a naggy mock says of itself would stand in the console that the tests compare.
     GMOCK_FLAG_SET(verbose, "error");
-    if (GTEST_FLAG_GET(list_tests))
+    if (GTEST_FLAG_GET(list_tests) || OneTestIsNamed())
         return RUN_ALL_TESTS();
     const std::vector<std::string> names = FindSelectedTests();
     if (names.size() > 1)

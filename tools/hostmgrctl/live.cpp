@@ -100,6 +100,10 @@ private:
     }
 
     void Take(const Frame& frame) {
+        if (PastTheEnd(frame)) {
+            m_full = m_full || !frame.IsAudio();
+            return;
+        }
         m_count.Add(frame, WallClock());
         if (!frame.IsAudio()) {
             m_last_picture = steady_clock::now();
@@ -108,29 +112,26 @@ private:
         if (m_file != nullptr) {
             m_file->Write(frame);
         }
+        m_full = m_options.frames > 0 && m_count.Video().frames >= m_options.frames;
     }
 
     bool Done() {
         m_silent = SecondsSince(m_last_picture) >= m_options.timeout;
         m_stopped = StopRequested();
-        return m_silent || m_stopped || Enough();
+        return m_full || m_silent || m_stopped || Overdue();
     }
 
-    /**
-     * By the pictures' own times: ten seconds of a file are ten seconds of the camera. By the clock on the wall, too,
-     * lest a recorder whose clock is set back is read for hours.
-     */
-    bool Enough() const {
-        const TrackCount& video = m_count.Video();
-        if (m_options.frames > 0) {
-            return video.frames >= m_options.frames;
-        }
-        if (m_options.seconds <= 0 || video.frames < 2) {
-            return false;
-        }
-        const double next = video.Seconds() + (video.Rate() > 0 ? 1 / video.Rate() : 0);
-        return next > m_options.seconds - HALF_A_TICK ||
-               SecondsSince(m_first_picture) > m_options.seconds + m_options.timeout;
+    bool HasLength() const { return m_options.frames == 0 && m_options.seconds > 0 && m_count.Video().frames > 0; }
+
+    /** By the pictures' own times: ten seconds of a file are ten seconds of the camera. */
+    bool PastTheEnd(const Frame& frame) const {
+        const double at = static_cast<double>(frame.Time() - m_count.Video().first_time) / 1e6;
+        return HasLength() && at >= m_options.seconds - HALF_A_TICK;
+    }
+
+    /** By the clock on the wall: a recorder whose own clock is set back is not read for hours. */
+    bool Overdue() const {
+        return HasLength() && SecondsSince(m_first_picture) > m_options.seconds + m_options.timeout;
     }
 
     std::string WhyNoData() const {
@@ -177,6 +178,7 @@ private:
     std::unique_ptr<MediaFile> m_file;
     steady_clock::time_point m_first_picture;
     steady_clock::time_point m_last_picture;  // at first: when the waiting began
+    bool m_full = false;
     bool m_silent = false;
     bool m_stopped = false;
 };

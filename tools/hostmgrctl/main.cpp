@@ -1,6 +1,8 @@
 // hostmgrctl: the agent on the command line. Reads the arguments, runs the topic, tells how it ended; what a topic does
 // stands in its own source file.
 #include <csignal>
+#include <cstdio>
+#include <exception>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -106,5 +108,10 @@ ExitCode Main(int argc, char** argv) {
 }  // namespace hostmgrctl
 
 int main(int argc, char** argv) {
-    return static_cast<int>(hostmgrctl::Main(argc, argv));
+    try {
+        return static_cast<int>(hostmgrctl::Main(argc, argv));
+    } catch (const std::exception& error) {
+        fprintf(stderr, "hostmgrctl: %s\n", error.what());
+        return static_cast<int>(hostmgrctl::ExitCode::Refused);
+    }
 }

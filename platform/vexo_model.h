@@ -353,8 +353,8 @@ int vexo_model_set_host_manager_factory_info_force(vexo_hostlib_factory_info inf
 struct tag_VexoHostMgrLog {
     uint32_t dwTime;  ///< seconds since 1970, UTC
     uint32_t dwType;  ///< the recorder's number for the kind of entry
-    char sUser[32];       ///< who caused it, or empty; NUL-terminated
-    char sText[256];      ///< what happened; NUL-terminated
+    char sUser[32];   ///< who caused it, or empty; NUL-terminated
+    char sText[256];  ///< what happened; NUL-terminated
 };
 static_assert(sizeof(tag_VexoHostMgrLog) == 296, "two words and two texts");
 #endif

@@ -120,7 +120,18 @@ public:
     void Unlock() VEXO_RELEASE() { pthread_mutex_unlock(&m_mutex); }
 
 private:
+    friend class HostMgrLeafCondition;
     pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
+};
+
+/** Waits for a change of what a leaf lock guards. Wait gives the lock back meanwhile, and may return for no reason. */
+class HostMgrLeafCondition {
+public:
+    void Wait(HostMgrLeafLock& lock) VEXO_REQUIRES(lock) { pthread_cond_wait(&m_condition, &lock.m_mutex); }
+    void WakeAll() { pthread_cond_broadcast(&m_condition); }
+
+private:
+    pthread_cond_t m_condition = PTHREAD_COND_INITIALIZER;
 };
 
 class VEXO_SCOPED_CAPABILITY HostMgrLeafScope {

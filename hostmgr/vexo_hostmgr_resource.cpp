@@ -207,23 +207,3 @@ int vexo_hostmgr_res_manage::HostMgr_Dev_Logout(int hLogin) {
     HostMgrFreeUserInfo(static_cast<uint32_t>(hLogin));
     return 0;
 }
-
-// ---- alarms --------------------------------------------------------------------------------------------------------
-
-void* vexo_hostmgr_res_manage::HostMgrAlarmThread(void* argument) {
-    if (argument == NULL)
-        return NULL;
-    for (;;) {
-        static_cast<vexo_hostmgr_res_manage*>(argument)->HostMgrAlarmUp();
-        vexo_utility_sleep_ms(1000);
-    }
-}
-
-// The upload pass is not built yet: it delivers nothing.
-void vexo_hostmgr_res_manage::HostMgrAlarmUp() {}
-
-int vexo_hostmgr_res_manage::HostMgr_Dev_ReleaseAlarmStatus(_tagVexoHostMgrALarmStatusInfo* pStatus) {
-    if (pStatus != NULL)
-        vexo_utility_free(FILE_TAG, __func__, pStatus);
-    return 0;
-}

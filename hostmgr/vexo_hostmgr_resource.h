@@ -118,6 +118,7 @@ private:
 
     static void* HostMgrAlarmThread(void* argument);
     void HostMgrAlarmUp();
+    HostMgrUse<vexo_hostmgr_alarm> UseAlarm(const HostMgrUserInfo& user);
 
     HostMgrUserInfo m_user_info[HOSTMGR_LOGINS];
     vexo_lock* m_lock;

@@ -150,17 +150,19 @@ enum HostMgrControlCommand : uint32_t {
     HOSTMGR_CONTROL_PTZ = 2,            ///< move a camera; second buffer: #_tagVexoHostMgrPtzCmd
     HOSTMGR_CONTROL_REBOOT = 10,        ///< reboot the recorder
     HOSTMGR_CONTROL_POWER_OFF = 11,     ///< power the recorder off
-    HOSTMGR_CONTROL_ALARM_ENABLE = 12,  ///< alarm upload on or off; FIRST buffer: one uint32_t, 0 off, else on
+    HOSTMGR_CONTROL_ALARM_ENABLE = 12,  ///< alarm upload on or off; FIRST buffer: one uint32_t, 0 off, else on; a
+                                        ///< shorter one is read as if zeros followed
     HOSTMGR_CONTROL_PLAYBACK = 20,      ///< control a playback; second buffer: #HostMgrPlayCtrlParam
     HOSTMGR_CONTROL_RECORD = 25,        ///< recording switches; second buffer: #_tagVexoHostMgrRecordCmd
-    HOSTMGR_CONTROL_RESTORE = 30,       ///< restore the factory settings
+    HOSTMGR_CONTROL_RESTORE = 30,       ///< restore the factory settings, all of them
 };
 
 /**
  * PTZ commands (#_tagVexoHostMgrPtzCmd::dwPtzCmd) and the words p1, p2, p3 that they use. The recorder's PTZ code and
  * parameter record that each one sends are given as code {kind, values}; what a camera does with them is the recorder's
  * matter, and so are the units of speeds and times. Names say what the code groups imply; a command without a plain
- * meaning has a neutral name. Numbers that are not listed, and the ones marked refused, send nothing.
+ * meaning has a neutral name. Numbers that are not listed, and the ones marked refused, send nothing. The values that
+ * TOUR_PARAM_A and TOUR_PARAM_B remember are the login's, 0 at first, and stay for every point until they are set anew.
  */
 enum HostMgrPtzCommand : uint32_t {
     HOSTMGR_PTZ_CMD_2 = 2,               ///< auxiliary switch, p2 its value: 0x600 {0, p2}
@@ -315,7 +317,8 @@ enum HostMgrFileType : uint32_t {
  */
 enum HostMgrAlarmType : uint32_t {
     HOSTMGR_ALARM_MOTION = 1,            ///< event class 2, sub-type 2; channel from 1
-    HOSTMGR_ALARM_INPUT = 2,             ///< event class 5; input from 1
+    HOSTMGR_ALARM_INPUT = 2,             ///< event class 5; input from 1, a network camera's (sub-type 28) after the
+                                         ///< recorder's: its index + 1 + all channels - analog channels
     HOSTMGR_ALARM_SHELTER = 3,           ///< event class 2, sub-type 4; channel from 1
     HOSTMGR_ALARM_VIDEO_LOSS = 4,        ///< event class 2, sub-type 3; channel from 1
     HOSTMGR_ALARM_DISK_FULL = 5,         ///< event class 3, sub-type 17; disk number as the event has it
@@ -1046,12 +1049,15 @@ typedef void (*vexo_hostmgr_talk_callback)(int hLogin, int hTalk, unsigned char*
                                            void* pUser);
 
 /**
- * An alarm that is active now. Repeated every second for as long as it is; its end is not reported. An event of an
- * unknown sub-type keeps the type (class 5: the channel) of the event before it in the same second; the first keeps 0.
+ * An alarm that is active now. Repeated every second for as long as it is; its end is not reported. An event that
+ * #HostMgrAlarmType does not list is reported, too: with the type of the event before it in the same second (0 for the
+ * first) and its own channel in class 2, otherwise channel 0; in class 5 with type 2 and the channel of the event
+ * before.
+ * @param hLogin as given to SetAlarmCallback.
  * @param lChannel as #_tagVexoHostMgrAlarmInfo::dwChannel.
  * @param lStreamType as given to SetAlarmCallback.
  * @param dwAlarmType a #HostMgrAlarmType.
- * @param pBuffer a #_tagVexoHostMgrAlarmInfo, valid until the callback returns.
+ * @param pBuffer a #_tagVexoHostMgrAlarmInfo, this callback's own, valid until it returns.
  * @param dwBufSize 132.
  */
 typedef void (*vexo_hostmgr_alarm_callback)(int hLogin, int lChannel, int lStreamType, unsigned int dwAlarmType,
@@ -1190,9 +1196,11 @@ HOSTMGR_API int vexo_HostMgr_Dev_SaveCfg(char* pHostMgrName, char* pXml, unsigne
  * Sends a command to the recorder: PTZ, recording, alarm upload, playback, reboot, power-off, restore. A known command
  * gives 0 WHATEVER comes of it; what fails shows on the console alone: no buffer or size 0 (PTZ, RECORD, ALARM_ENABLE),
  * a size other than 60 (PLAYBACK), a command or switch value that its list does not have, what the recorder refuses.
- * PLAYBACK commands wait while a stream callback of the login runs (callback playback).
+ * PLAYBACK commands wait while a stream callback of the login runs (callback playback). The others take no lock but
+ * ALARM_ENABLE; the recorder is called on the calling thread, channel after channel, and its answer for a channel is
+ * not looked at. A record may stand at any address.
  * @param dwCommand a #HostMgrControlCommand, which names its record.
- * @param lStartChan first channel, from 1 (PTZ, RECORD).
+ * @param lStartChan first channel, from 1 (PTZ, RECORD); not checked here, nor is the last one.
  * @param lChanNum number of channels; 0 or less sends nothing (PTZ, RECORD).
  * @param lpCondBuffer first buffer: ALARM_ENABLE.
  * @param lpInBuffer second buffer: PTZ, RECORD, PLAYBACK (which also writes the time asked for into it).
@@ -1433,8 +1441,10 @@ HOSTMGR_API int vexo_HostMgr_Dev_SetTalkCallback(int hLogin, int hTalk, vexo_hos
 /**
  * Registers who gets the recorder's alarms, one callback a login. It is called on the alarm thread, once a second for
  * each alarm that is active. A callback switches upload on, null switches it off (#HOSTMGR_CONTROL_ALARM_ENABLE does
- * either, later). After a change the one before may be called once more, when its delivery was under way.
- * @param lChannel 0, for all. Any other channel is accepted, but NEVER served: the console says so with every alarm.
+ * either, later). After a change, or a logout, on another thread the one before may be called once more, or still be
+ * running: what it uses must last until then. Changed from the callback itself, it is not called again.
+ * @param lChannel 0, for all. Any other channel is accepted, but NEVER served: the console says "Not support!!" once
+ * for every alarm, every second.
  * @param lStreamType handed back to the callback; 1 main, else sub.
  * @param pfnAlarmCallBack the callback, or null.
  * @param pUser handed back to it.
@@ -1444,12 +1454,14 @@ HOSTMGR_API int vexo_HostMgr_Dev_SetAlarmCallback(int hLogin, int lChannel, int 
                                                   vexo_hostmgr_alarm_callback pfnAlarmCallBack, void* pUser);
 
 /**
- * Reads what is active now. The entries stand in the order of the recorder's event table; one kind of event (class 5,
- * sub-type 28, of index 0) ends the list early: it and all entries after it are zero.
+ * Reads what is active now, subscribed or not; no other call waits for it. The entries stand in the order of the
+ * recorder's event table; one kind of event (class 5, sub-type 28, with 0 in the word that holds a class-2 event's
+ * channel) ends the list early: it and all entries after it are zero.
  * @param ppStatus the list, the caller's until it gives it to ReleaseAlarmStatus. Untouched on failure.
- * @param pdwCount entries of the list, zero ones included. Untouched on failure.
- * @return 0; -1: the frame's failures, an output null, nothing active at all, the event table not to be read, or no
- *   memory for the list. (No memory for the events ends the process.)
+ * @param pdwCount entries of the list, zero ones included. 0 when everything ended while it was read: the list is to be
+ *   released all the same. Untouched on failure.
+ * @return 0; -1: the frame's failures, an output null, nothing active at all, the event table not to be read (or grown
+ *   by more than 100 events meanwhile), or no memory for the list. (No memory for the events ends the process.)
  */
 HOSTMGR_API int vexo_HostMgr_Dev_GetAlarmStatus(int hLogin, _tagVexoHostMgrALarmStatusInfo** ppStatus,
                                                 unsigned int* pdwCount);

@@ -215,7 +215,7 @@ protected:
     /** Whatever a test left behind ends with its login: every thread is taken back, nothing stays allocated or held. */
     void TearDown() override {
         for (const int hLogin : {LOGIN, OTHER_LOGIN})
-            RawConsole([hLogin] { vexo_soft::vexo_HostMgr_Dev_Logout(hLogin); });
+            vexo_soft::vexo_HostMgr_Dev_Logout(hLogin);
         EXPECT_TRUE(threads.AllRetrieved());
         EXPECT_THAT(platform.HeldLocks(), testing::IsEmpty());
         EXPECT_THAT(platform.LiveMemory(), testing::Not(testing::Contains(0x80004u)));

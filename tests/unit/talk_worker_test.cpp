@@ -106,23 +106,21 @@ TEST_F(TalkWorker, StopInItsSleep_NothingIsHandedOverAnyMore) {
 TEST_F(TalkWorker, StopDuringThePass_TheNextTalkGathersFromNothing) {
     StartWithCallback();
     CaptureFrames(5);
+    std::atomic<bool> stopped{false};
+    ON_CALL(platform, vexo_utility_retrieve_thread).WillByDefault([&](unsigned long id) {
+        stopped = true;
+        threads.Retrieve(id);
+        return 0;
+    });
     std::thread stopping;
     m_before_capture = [&] {
-        std::atomic<bool> stopped{false};
-        EXPECT_CALL(platform, vexo_utility_retrieve_thread(FIRST)).WillOnce([&](unsigned long id) {
-            stopped = true;
-            threads.Retrieve(id);
-            return 0;
-        });
         stopping = std::thread([] { EXPECT_EQ(Stop(), 0); });
         while (!stopped)
             std::this_thread::yield();
     };
-    m_captured.push_back(CapturedFrame(Audio(320, 77)));
-    threads.Step();
+    CaptureFrames(1);
     stopping.join();
-    testing::Mock::VerifyAndClearExpectations(&platform);
-    EXPECT_THAT(m_handed, IsEmpty());
+    EXPECT_THAT(m_captured, IsEmpty());
 
     Start();
     SetCallback(TALK + 1);
@@ -130,7 +128,9 @@ TEST_F(TalkWorker, StopDuringThePass_TheNextTalkGathersFromNothing) {
     CaptureFrames(7);
     EXPECT_THAT(m_handed, IsEmpty());
     CaptureFrames(1);
-    EXPECT_THAT(m_handed, SizeIs(1));
+    ASSERT_THAT(m_handed, SizeIs(1));
+    EXPECT_EQ(m_handed[0].length, 2584u);
+    vexo_HostMgr_Dev_Logout(LOGIN);
 }
 
 // ---- a stop from the callback --------------------------------------------------------------------------------------
@@ -375,16 +375,12 @@ TEST_F(TalkLogout, OfATalkThatWasLeftBehind_EndsItsThread) {
 TEST_F(TalkLogout, DuringTheCallback_WaitsForIt) {
     StartWithCallback();
     std::thread leaving;
+    const MockLock& destroyedBefore = platform.Lock("vexo_hostmgr_playback lock");
     m_in_callback = [&] {
-        std::atomic<bool> gone{false};
-        ON_CALL(platform, vexo_model_logout).WillByDefault([&](unsigned int, VEXO_BOOL) {
-            gone = true;
-            return 0;
-        });
         leaving = std::thread([] { EXPECT_EQ(vexo_HostMgr_Dev_Logout(LOGIN), 0); });
-        while (!gone)
+        while (!destroyedBefore.Deleted())
             std::this_thread::yield();
-        for (int turn = 0; turn < 1000; ++turn)
+        for (int chance = 0; chance < 1000; ++chance)  // to free the block too early
             std::this_thread::yield();
         platform.Record("the callback returns");
     };

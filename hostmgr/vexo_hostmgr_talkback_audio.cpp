@@ -55,12 +55,10 @@ void vexo_hostmgr_talkback::GatherAudio(const unsigned char* audio, uint32_t len
     }
 }
 
-/** The whole header at the start of a block, later the bytes used alone. */
+// Written anew with every frame: of a block's header only the bytes used change.
 void vexo_hostmgr_talkback::WriteBlockHeader(uint32_t usedLen) {
-    static constexpr _tagVexoHostMgrTalkBlockHeader HEADER = {1, 16, 1, 25, 8000, 16, 0, 40, 0};
-    if (m_TalkAudioData.dwFrameCnt == 0)
-        memcpy(m_TalkAudioData.audioData, &HEADER, sizeof(HEADER));
-    memcpy(m_TalkAudioData.audioData + offsetof(_tagVexoHostMgrTalkBlockHeader, dwUsedLen), &usedLen, sizeof(usedLen));
+    const _tagVexoHostMgrTalkBlockHeader header = {1, 16, 1, 25, 8000, 16, usedLen, 40, 0};
+    memcpy(m_TalkAudioData.audioData, &header, sizeof(header));
 }
 
 // In a pass that a stop has overtaken nobody is called: the callback may already be the next talk's.

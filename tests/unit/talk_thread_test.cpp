@@ -34,12 +34,12 @@ protected:
             thread.join();
     }
 
-    static void CountBlock(int, int hTalk, unsigned char* data, unsigned int length, void* user) {
+    static void CountBlock(int hLogin, int hTalk, unsigned char* data, unsigned int length, void* user) {
         TalkThreadsAtWork* self = static_cast<TalkThreadsAtWork*>(user);
         ++self->m_blocks;
         self->m_bytes += data[0] + length;
         if (self->m_stop_in_callback && self->m_blocks % 3 == 0)
-            Stop(hTalk);
+            Stop(hTalk, hLogin);
     }
 
     int SetCounter(int hTalk, int hLogin = LOGIN) {
@@ -53,45 +53,82 @@ protected:
     std::atomic<bool> m_stop_in_callback{false};
 };
 
+// Stops with a handle of an earlier talk leave a talk behind; the login that comes and goes makes room again.
 TEST_F(TalkThreadsAtWork, AllCallsOfOneLoginAtOnce_LeaveNothingBehind) {
-    std::atomic<int> talk{0};
+    std::atomic<int> talk{1};
+    const auto renew = [this] {
+        vexo_HostMgr_Dev_Logout(LOGIN);
+        platform.NextLogin(LOGIN);
+        LoginAsAdmin();
+    };
+    const std::vector<std::function<void()>> calls = {
+        [&] {
+            const int started = Start();
+            if (started > 0)
+                talk = started;
+        },
+        [&] { Stop(talk); },
+        [&] { Input(InputData(Audio(320)), talk); },
+        [&] { SetCounter(talk); },
+        [this] { platform.Diagnostics().client->diagnose(4000, CollectPrint); },
+    };
+    std::atomic<int> busy{7};
     RawConsole([&] {
         OnThreads(8, [&](int number) {
-            for (int round = 0; round < 60; ++round) {
-                if (number < 2) {
-                    const int started = Start();
-                    if (started > 0)
-                        talk = started;
-                } else if (number < 4) {
-                    Stop(talk);
-                } else if (number < 6) {
-                    Input(InputData(Audio(320)), talk);
-                } else {
-                    SetCounter(talk);
-                    platform.Diagnostics().client->diagnose(4000, CollectPrint);
-                }
+            if (number == 7) {
+                while (busy != 0)
+                    renew();
+                return;
             }
+            for (int round = 0; round < 60; ++round)
+                calls[static_cast<size_t>(number) % calls.size()]();
+            --busy;
         });
     });
     TakePieces();
 }
 
-TEST_F(TalkThreadsAtWork, StopsFromTheCallbackAndFromOutside_MeetWithoutHarm) {
-    m_stop_in_callback = true;
+// A stop meets the next start: each talk that began can be ended by who began it, and none waits for another's thread.
+TEST_F(TalkThreadsAtWork, TalksOfOneLoginInTurn_EachEndsWithItsOwnStop) {
+    std::atomic<int> talks{0};
     RawConsole([&] {
-        OnThreads(4, [&](int number) {
-            for (int round = 0; round < 60; ++round) {
+        OnThreads(6, [&](int number) {
+            for (int round = 0; round < 40; ++round) {
                 const int talk = Start();
                 if (talk <= 0)
                     continue;
-                SetCounter(talk);
-                while (number % 2 == 0 && Input(InputData(Audio(320)), talk) == 0)
-                    std::this_thread::yield();
-                Stop(talk);
+                ++talks;
+                EXPECT_EQ(SetCounter(talk), 0);
+                for (int frame = 0; frame < number; ++frame)
+                    EXPECT_EQ(Input(InputData(Audio(320)), talk), 0);
+                EXPECT_EQ(Stop(talk), 0);
             }
         });
     });
-    EXPECT_GT(m_blocks, 0u);
+    EXPECT_GT(talks, 0);
+    EXPECT_EQ(threads.Count(), static_cast<size_t>(talks));
+    EXPECT_TRUE(threads.AllRetrieved());
+}
+
+TEST_F(TalkThreadsAtWork, StopsFromTheCallbackAndFromOutside_EndTheTalkOnce) {
+    m_stop_in_callback = true;
+    LogInAll({OTHER_LOGIN});
+    std::atomic<int> talks{0};
+    RawConsole([&] {
+        OnThreads(2, [&](int number) {
+            const int hLogin = number == 0 ? LOGIN : OTHER_LOGIN;
+            for (int round = 0; round < 60; ++round) {
+                const int talk = Start(0, hLogin);
+                ASSERT_GT(talk, 0);
+                ++talks;
+                SetCounter(talk, hLogin);
+                for (int frame = 0; frame < round; ++frame)
+                    Input(InputData(Audio(320)), talk, hLogin);
+                Stop(talk, hLogin);
+            }
+        });
+    });
+    EXPECT_EQ(threads.Count(), static_cast<size_t>(talks));
 }
 
 TEST_F(TalkThreadsAtWork, FramesOfOneTalkFromManyThreads_AreAllPlayedOrFreed) {

@@ -307,6 +307,9 @@ TEST_F(TalkLateThread, StopThenStart_TheLateThreadLeavesAndTheNewOneWorks) {
     std::thread starting([] { EXPECT_EQ(Start(), TALK + 1); });
     while (!asked)
         std::this_thread::yield();
+    for (int chance = 0; chance < 1000; ++chance)  // to make the new thread too early
+        std::this_thread::yield();
+    EXPECT_EQ(threads.Count(), 1u);
     m_may_begin = true;
     m_stopping.join();
     starting.join();

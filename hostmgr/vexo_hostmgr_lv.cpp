@@ -187,26 +187,6 @@ int vexo_hostmgr_lv::HostMgr_Dev_ReleaseRealOneFrame(int hID) {
     return lock.Unlock();
 }
 
-// ---- zero channel --------------------------------------------------------------------------------------------------
-
-// The zero channel is not built yet; each operation answers -1 and does nothing.
-
-int vexo_hostmgr_lv::HostMgr_Dev_StartZeroCodec(int, int, unsigned int, unsigned int*) {
-    return -1;
-}
-
-int vexo_hostmgr_lv::HostMgr_Dev_SetZeroCodecMode(int, int, unsigned int, unsigned int*) {
-    return -1;
-}
-
-int vexo_hostmgr_lv::HostMgr_Dev_ReadZeroCodecStream(int, unsigned int, unsigned char**, unsigned int*, unsigned int*) {
-    return -1;
-}
-
-int vexo_hostmgr_lv::HostMgr_Dev_StopZeroCodec(int) {
-    return -1;
-}
-
 // ---- dump ----------------------------------------------------------------------------------------------------------
 
 void vexo_hostmgr_lv::DumpSlot(uint32_t index, const HostMgrLvInfo& slot, vexo_print_func print) {

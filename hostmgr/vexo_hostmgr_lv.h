@@ -66,14 +66,21 @@ public:
     HostMgrUseCount m_use;
 
 private:
-    /** A login's zero-channel stream. */
+    /**
+     * A login's zero-channel stream.
+     *
+     *     stopped --Start--> started --Read--> frame held --Stop (releases)--> stopped
+     *        |                               |   ^
+     *        +-- Read works here, too        +---+ Read (releases the frame before, once there is a next)
+     */
     struct ZeroChannel {
-        uint32_t reserved;
-        uint32_t bZeroStarted;
-        uint32_t bZeroFirstRead;
-        vexo_read_av_list_note stZeroNode;
-        uint32_t bZeroHeld;
+        uint32_t reserved;                  // always 0
+        uint32_t bZeroStarted;              // from Start to Stop
+        uint32_t bZeroFirstRead;            // 0 until the model library's first-frame call has been made
+        vexo_read_av_list_note stZeroNode;  // of the frame last handed out
+        uint32_t bZeroHeld;                 // that frame has not been released
     };
+    static_assert(sizeof(ZeroChannel) == 24, "six words");
 
     /** What the model library gave for one read. */
     struct LiveFrame {
@@ -89,6 +96,8 @@ private:
     static bool ReadNextFrame(HostMgrLvInfo* slot, LiveFrame* read);
     static bool ReadFrameOfType(HostMgrLvInfo* slot, vexo_enc_str_type type, LiveFrame* read);
     static void RememberFrame(HostMgrLvInfo* slot, const LiveFrame& read, const vexo_frame_header& header);
+    bool ReadZeroFrame(unsigned char** ppFrame, vexo_read_av_list_note* node) VEXO_REQUIRES(m_lock);
+    void ReleaseZeroFrame() VEXO_REQUIRES(m_lock);
     static void DumpSlot(uint32_t index, const HostMgrLvInfo& slot, vexo_print_func print);
 
     HostMgrLvInfo* m_lv_info VEXO_PT_GUARDED_BY(m_lock);

@@ -1038,12 +1038,15 @@ typedef int (*vexo_hostmgr_stream_callback_v2)(int hLogin, int hStream, int lCha
                                                unsigned char* pBuffer, unsigned int dwBufSize, void* pUser);
 
 /**
- * A block of audio from the recorder: #_tagVexoHostMgrTalkBlockHeader and up to #HOSTMGR_TALK_BLOCK_FRAMES frames of
- * #HOSTMGR_TALK_FRAME_SIZE bytes. Eight regular frames give 2584 bytes. When a captured frame does not fit behind what
- * has been gathered (it takes one of far more than 320 bytes), that is handed over first, and the next block then
- * starts with audio at byte 0 in place of its header.
- * @param pBuffer valid until the callback returns.
- * @param dwBufSize bytes, header included.
+ * A block of audio from the recorder: #_tagVexoHostMgrTalkBlockHeader and the frames captured since the block before.
+ * It comes when #HOSTMGR_TALK_BLOCK_FRAMES frames of #HOSTMGR_TALK_FRAME_SIZE bytes are gathered, every 320 ms: 2584
+ * bytes. A recorder that captures longer frames fills it sooner, and two things are then as follows:
+ * - dwBufSize counts the last frame as 320 bytes; dwUsedLen in the block's header says where its audio really ends;
+ * - a frame that does not fit behind what has been gathered (one of more than 2856 bytes) makes two calls: first what
+ *   has been gathered (24 bytes when nothing was), then the frame alone, which starts at byte 0 in place of the header,
+ *   with a dwBufSize of 320. Its own length is not told.
+ * @param pBuffer #HOSTMGR_TALK_BLOCK_MAX readable bytes, valid until the callback returns.
+ * @param dwBufSize bytes of the block, header included.
  */
 typedef void (*vexo_hostmgr_talk_callback)(int hLogin, int hTalk, unsigned char* pBuffer, unsigned int dwBufSize,
                                            void* pUser);
@@ -1273,7 +1276,7 @@ HOSTMGR_API int vexo_HostMgr_Dev_DestroyRealStreamBuffer(int hID);
  * list. Places beyond the list are sent as 0.
  * @param lSpare never read.
  * @param dwCount entries of the list.
- * @param pdwChannels channel numbers, passed to the recorder as they are.
+ * @param pdwChannels channel numbers, row by row, passed to the recorder as they are.
  * @return the zero-channel handle; -1: the frame's failures, an empty or null list or already started by this login
  *   (silently), or refused by the recorder. When only the list is refused, the recorder encodes nonetheless.
  */
@@ -1293,7 +1296,7 @@ HOSTMGR_API int vexo_HostMgr_Dev_SetZeroCodecMode(int lZeroCodecHandle, int lSpa
 
 /**
  * Reads the next frame of the mosaic. Does not wait. A frame stays valid until the next successful read or until stop;
- * there is no release. Whether it was started is not checked.
+ * there is no release. Whether it was started is not checked; start it first all the same (see StopZeroCodec).
  * @param dwSpare never read.
  * @param ppBuffer the frame: #_tagVexoHostMgrFrameHeader and payload, read only; untouched on failure.
  * @param pdwLength bytes of the frame, header included; 0 on failure.
@@ -1306,7 +1309,8 @@ HOSTMGR_API int vexo_HostMgr_Dev_ReadZeroCodecStream(int lZeroCodecHandle, unsig
                                                      unsigned int* pdwFrameInfo);
 
 /**
- * Ends this login's reading and releases its frame. The recorder goes on encoding the mosaic.
+ * Ends this login's reading and releases its frame, but not one that was read without a start. The next read begins
+ * with the newest key frame. The recorder goes on encoding the mosaic.
  * @return 0, started or not; -1: the frame's failures, or handle 0 or below.
  */
 HOSTMGR_API int vexo_HostMgr_Dev_StopZeroCodec(int lZeroCodecHandle);
@@ -1401,7 +1405,7 @@ HOSTMGR_API int vexo_HostMgr_Dev_StartTalk(int hLogin, _tagVexoHostMgrTalkParam*
 
 /**
  * Starts two-way audio, one talk a login. Its thread moves, every 30 ms, one captured frame towards the callback and
- * one queued frame to the recorder.
+ * one queued frame to the recorder. When the recorder cannot make the thread, the talk stands but nothing moves.
  * @param lChannel 0: with the recorder itself; from 1: with that channel's camera.
  * @param pParam must be given; its contents are not read.
  * @return the talk handle; -1: the frame's failures, pParam null, a talk already running (or left behind by a stop that
@@ -1410,18 +1414,20 @@ HOSTMGR_API int vexo_HostMgr_Dev_StartTalk(int hLogin, _tagVexoHostMgrTalkParam*
 HOSTMGR_API int vexo_HostMgr_Dev_StartTalkEx(int hLogin, int lChannel, _tagVexoHostMgrTalkParam* pParam);
 
 /**
- * Queues audio for the recorder to play; copied, so the buffer is free at once. The queue has no limit: send at the
- * pace of the sound (40 ms a frame).
- * @param pData #_tagVexoHostMgrTalkBlockHeader, then audio, at least one frame of #HOSTMGR_TALK_FRAME_SIZE bytes.
+ * Queues audio for the recorder to play; copied, so the buffer is free at once. All audio of one call is played as one
+ * frame. The queue has no limit: send at the pace of the sound (40 ms for 320 bytes).
+ * @param pData #_tagVexoHostMgrTalkBlockHeader, then audio, at least one frame of #HOSTMGR_TALK_FRAME_SIZE bytes; at
+ *   any address.
  * @param dwDataSize bytes, header included: 344 and more.
- * @return 0 (also, with the data dropped, after a stop that the recorder refused or that named another talk); -1: the
- *   frame's failures, no data, a talk handle or login that is not the running talk's, less than header and one frame,
- *   or no memory.
+ * @return 0 (also, with the data dropped, while a stop is under way and after one that the recorder refused or that
+ *   named another talk); -1: the frame's failures, no data, a talk handle or login that is not the talk's, less than
+ *   header and one frame (silently), or no memory.
  */
 HOSTMGR_API int vexo_HostMgr_Dev_InputTalkData(int hLogin, int hTalk, char* pData, unsigned int dwDataSize);
 
 /**
- * Ends the talk, drops what is queued and waits for its thread (from the talk callback: does not wait).
+ * Ends the talk, drops what is queued and waits for its thread: no callback runs once it has returned. From the talk
+ * callback it does not wait: that callback is the last, and the thread ends after it.
  * @param hTalk the talk's handle. ANOTHER handle above 0 stops the library's side and gives 0, but the recorder's talk
  *   goes on, and this login can start none before it has logged out.
  * @return 0; -1: the frame's failures, hTalk 0 or below, no talk running, or refused by the recorder (the talk counts
@@ -1430,7 +1436,8 @@ HOSTMGR_API int vexo_HostMgr_Dev_InputTalkData(int hLogin, int hTalk, char* pDat
 HOSTMGR_API int vexo_HostMgr_Dev_StopTalk(int hLogin, int hTalk);
 
 /**
- * Registers who gets the recorder's audio; null ends it. Only while the talk stands: set it after each start.
+ * Registers who gets the recorder's audio; null ends it. Only while the talk stands: set it after each start. A block
+ * that is being handed over meanwhile still goes to the callback before.
  * @return 0; -1: the frame's failures, or a handle that is not the talk's (silently).
  */
 HOSTMGR_API int vexo_HostMgr_Dev_SetTalkCallback(int hLogin, int hTalk, vexo_hostmgr_talk_callback pfnTalkCallBack,

@@ -13,20 +13,26 @@
 #include "core/nearest.h"
 #include "core/scenario.h"
 #include "core/uptime.h"
+#include "vexo_utility.h"
 
 namespace simulator {
 namespace {
 
+constexpr unsigned char PICTURE = 2;  // event classes
+constexpr unsigned char DISK = 3;
+constexpr unsigned char NETWORK = 4;
+constexpr unsigned char INPUT = 5;
+
 const EventTraits KINDS[] = {
-    {EventKind::Motion, "motion", "channel", 2, 2},
-    {EventKind::VideoLoss, "video loss", "channel", 2, 3},
-    {EventKind::Shelter, "shelter", "channel", 2, 4},
-    {EventKind::DiskFull, "disk full", "disk", 3, 17},
-    {EventKind::DiskError, "disk error", "disk", 3, 19},
-    {EventKind::NetworkLost, "network lost", "", 4, 25},
-    {EventKind::AddressConflict, "address conflict", "", 4, 26},
-    {EventKind::Input, "input", "input", 5, 27},
-    {EventKind::CameraInput, "camera input", "channel", 5, 28},
+    {EventKind::Motion, "motion", "channel", PICTURE, VEXO_EVENT_MOTION},
+    {EventKind::VideoLoss, "video loss", "channel", PICTURE, VEXO_EVENT_VIDEO_LOSS},
+    {EventKind::Shelter, "shelter", "channel", PICTURE, VEXO_EVENT_SHELTER},
+    {EventKind::DiskFull, "disk full", "disk", DISK, VEXO_EVENT_DISK_FULL},
+    {EventKind::DiskError, "disk error", "disk", DISK, VEXO_EVENT_DISK_ERROR},
+    {EventKind::NetworkLost, "network lost", "", NETWORK, VEXO_EVENT_NETWORK_LOST},
+    {EventKind::AddressConflict, "address conflict", "", NETWORK, VEXO_EVENT_ADDRESS_CONFLICT},
+    {EventKind::Input, "input", "input", INPUT, VEXO_EVENT_INPUT},
+    {EventKind::CameraInput, "camera input", "channel", INPUT, VEXO_EVENT_CAMERA_INPUT},
 };
 
 using Key = std::pair<EventKind, unsigned>;
@@ -109,11 +115,11 @@ CurrentEvent EntryOf(const Key& key, double since) {
     event.sub_type = traits.sub_type;
     event.number = key.second;
     event.since = since;
-    if (traits.event_class == 2) {
+    if (traits.event_class == PICTURE) {
         event.channel_word = key.second - 1;
-    } else if (traits.event_class == 3) {
+    } else if (traits.event_class == DISK) {
         event.input_word = key.second;
-    } else if (traits.event_class == 5) {
+    } else if (traits.event_class == INPUT) {
         event.input_word = key.second - 1;
         event.channel_word = key.first == EventKind::CameraInput ? key.second : 0;
     }
@@ -126,14 +132,17 @@ CurrentEvent EntryOf(const RawKey& key, double since) {
 }
 
 void CheckNumber(const EventTraits& traits, unsigned number) {
+    const std::string subject = traits.subject;
     const unsigned most = MostOf(traits);
-    if (most == 0 ? number != 0 : number < 1 || number > most) {
-        const std::string subject = traits.subject;
-        throw std::invalid_argument(
-            most == 0 && subject.empty() ? "\"" + std::string(traits.name) + "\" takes no number"
-            : most == 0                  ? "the recorder has no " + subject
-                                         : "there is no " + subject + " " + std::to_string(number) +
-                                               ": the recorder has " + subject + "s 1 to " + std::to_string(most));
+    if (subject.empty() && number != 0) {
+        throw std::invalid_argument("\"" + std::string(traits.name) + "\" takes no number");
+    }
+    if (!subject.empty() && most == 0) {
+        throw std::invalid_argument("the recorder has no " + subject);
+    }
+    if (!subject.empty() && (number < 1 || number > most)) {
+        throw std::invalid_argument("there is no " + subject + " " + std::to_string(number) + ": the recorder has " +
+                                    subject + "s 1 to " + std::to_string(most));
     }
 }
 
@@ -233,9 +242,9 @@ void SetRawEvent(unsigned char event_class, unsigned char sub_type, unsigned cha
 std::vector<std::string> Events() {
     std::vector<std::string> lines;
     for (const CurrentEvent& event : CurrentEvents()) {
-        std::string line = event.kind ? TraitsOf(*event.kind).name
-                                      : "class " + std::to_string(event.event_class) + " sub-type " +
-                                            std::to_string(event.sub_type);
+        std::string line =
+            event.kind ? TraitsOf(*event.kind).name
+                       : "class " + std::to_string(event.event_class) + " sub-type " + std::to_string(event.sub_type);
         if (event.kind && event.number != 0) {
             line += std::string(", ") + TraitsOf(*event.kind).subject + " " + std::to_string(event.number);
         }

@@ -1,5 +1,5 @@
-// The event table: what is the case at the recorder now, by the scenario's plan, on demand, or because a camera has lost
-// its picture. How an entry looks to the guest stands in ../utility/events.cpp.
+// The event table: what is the case at the recorder now, by the scenario's plan, on demand, or because a camera has
+// lost its picture. How an entry looks to the guest stands in ../utility/events.cpp.
 #ifndef SIMULATOR_CORE_EVENTS_H
 #define SIMULATOR_CORE_EVENTS_H
 

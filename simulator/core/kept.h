@@ -23,8 +23,8 @@ nlohmann::json ReadKept(const std::string& name);
  *  the lasting. */
 void Keep(const std::string& name, const nlohmann::json& document);
 
-/** Lets forget run when a restore names that part; it is for the owner to forget and to keep the new state. Returns true,
- *  so that a library can say so as it is loaded. */
+/** Lets forget run when a restore names that part; it is for the owner to forget and to keep the new state. Returns
+ * true, so that a library can say so as it is loaded. */
 bool OnRestore(KeptPart part, std::function<void()> forget);
 
 /** Restores the parts whose bits are set; bits that name nothing are ignored. */

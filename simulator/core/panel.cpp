@@ -1,5 +1,6 @@
 #include "core/panel.h"
 
+#include <iconv.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -96,8 +97,30 @@ json Skip(JsonSection& request) {
     return "done";
 }
 
+/** The diagnostics menu speaks GBK, the panel UTF-8; what cannot be converted is shown as a question mark. */
+std::string Utf8Of(std::string gbk) {
+    const iconv_t converter = iconv_open("UTF-8", "GBK");
+    if (converter == reinterpret_cast<iconv_t>(-1)) {
+        return gbk;
+    }
+    std::string text(gbk.size() * 3, '\0');
+    char* from = gbk.data();
+    char* to = text.data();
+    size_t left = gbk.size();
+    size_t room = text.size();
+    while (left > 0 && iconv(converter, &from, &left, &to, &room) == static_cast<size_t>(-1) && room > 0) {
+        *to++ = '?';
+        --room;
+        ++from;
+        --left;
+    }
+    iconv_close(converter);
+    text.resize(text.size() - room);
+    return text;
+}
+
 json Diagnose(JsonSection& request) {
-    return control::Diagnose(request.Whole("number", 0, {0, 0xFFFFFFFF, "command"}));
+    return Utf8Of(control::Diagnose(request.Whole("number", 0, {0, 0xFFFFFFFF, "command"})));
 }
 
 struct Command {
@@ -106,8 +129,8 @@ struct Command {
 };
 
 const Command COMMANDS[] = {
-    {"status", Status},   {"event", Event}, {"disk", Disk}, {"network", Network},
-    {"fail", Fail},       {"power", Power}, {"skip", Skip}, {"diagnose", Diagnose},
+    {"status", Status}, {"event", Event}, {"disk", Disk}, {"network", Network},
+    {"fail", Fail},     {"power", Power}, {"skip", Skip}, {"diagnose", Diagnose},
 };
 
 const Command& FindCommand(const std::string& name) {
@@ -168,6 +191,7 @@ json AnswerPanel(const std::string& request) {
         JsonSection section(document, "");
         const Command& command = FindCommand(section.RequiredText("command", 1, 63));
         const json result = command.run(section);
+        section.RefuseOtherKeys();
         return {{"result", result}};
     } catch (const std::exception& error) {
         return {{"error", error.what()}};

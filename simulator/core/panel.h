@@ -1,5 +1,5 @@
-// The front panel's inside: what a command from another shell does, and what the recorder's parts add to its status. The
-// socket that commands come through is panel_socket.cpp's.
+// The front panel's inside: what a command from another shell does, and what the recorder's parts add to its status.
+// The socket that commands come through is panel_socket.cpp's.
 #ifndef SIMULATOR_CORE_PANEL_H
 #define SIMULATOR_CORE_PANEL_H
 

@@ -54,9 +54,12 @@ bool BeginsWith(const char* text, const char* with) {
 
 /** Operations that a recorder without power does not do. */
 bool NeedsPower(const char* operation) {
-    static const char* const giving_back[] = {"vexo_model_rel_frame",       "vexo_model_zero_channel_rel_frame",
-                                              "vexo_model_logout",          "vexo_model_stop_talking",
-                                              "vexo_model_get_dev_capability", "vexo_avss_file_reader::release_frame",
+    static const char* const giving_back[] = {"vexo_model_rel_frame",
+                                              "vexo_model_zero_channel_rel_frame",
+                                              "vexo_model_logout",
+                                              "vexo_model_stop_talking",
+                                              "vexo_model_get_dev_capability",
+                                              "vexo_avss_file_reader::release_frame",
                                               "vexo_avss_file_reader::close",
                                               "vexo_advance_avss_file_reader::remove_reader",
                                               "vexo_advance_avss_file_reader::stop"};

@@ -115,7 +115,7 @@ struct Scenario {
     std::vector<UserSettings> users;  ///< one of them is "admin"
     std::vector<FaultSettings> faults;
     std::vector<EventSettings> events;
-    unsigned alarm_inputs = 0;    ///< of the recorder itself
+    unsigned alarm_inputs = 0;  ///< of the recorder itself
     TalkSettings talk;
     VideoSettings zero_channel;   ///< the picture of several channels in one
     unsigned reboot_seconds = 0;  ///< how long a reboot takes

@@ -1,5 +1,5 @@
-// The scenario's keys for what happens at the recorder and what it does besides recording: events, talk, zero channel. The
-// other keys stand in scenario.cpp.
+// The scenario's keys for what happens at the recorder and what it does besides recording: events, talk, zero channel.
+// The other keys stand in scenario.cpp.
 #ifndef SIMULATOR_CORE_SCENARIO_DEVICE_H
 #define SIMULATOR_CORE_SCENARIO_DEVICE_H
 
@@ -10,7 +10,8 @@
 
 namespace simulator {
 
-/** Each throws std::runtime_error as JsonSection does. scenario: as far as it has been read, with cameras and inputs. */
+/** Each throws std::runtime_error as JsonSection does. scenario: as far as it has been read, with cameras and inputs.
+ */
 std::vector<EventSettings> ReadEvents(const std::vector<JsonSection>& sections, const Scenario& scenario);
 TalkSettings ReadTalk(JsonSection section);
 

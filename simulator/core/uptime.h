@@ -1,5 +1,5 @@
-// The recorder's own clock: what happens by the scenario, the heads of the cameras and a reboot go by it. Wall clock and
-// pacing of media do not belong here.
+// The recorder's own clock: what happens by the scenario, the heads of the cameras and a reboot go by it. Wall clock
+// and pacing of media do not belong here.
 #ifndef SIMULATOR_CORE_UPTIME_H
 #define SIMULATOR_CORE_UPTIME_H
 

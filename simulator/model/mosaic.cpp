@@ -43,8 +43,7 @@ const AVFrame* MosaicCell::Draw(int64_t moment) {
     }
     const int width = m_picture->width;
     const int height = m_picture->height;
-    const bool seen =
-        control::HasSignal(m_channel) && m_source->Draw(moment, ViewOf(m_channel - 1), *m_picture);
+    const bool seen = control::HasSignal(m_channel) && m_source->Draw(moment, ViewOf(m_channel - 1), *m_picture);
     if (!seen) {
         Blacken(m_picture.get());
     }

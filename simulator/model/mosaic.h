@@ -1,5 +1,5 @@
-// The picture of several channels in one: a square of cells, each with what its camera shows now. Encoding and pacing do
-// not belong here.
+// The picture of several channels in one: a square of cells, each with what its camera shows now. Encoding and pacing
+// do not belong here.
 #ifndef SIMULATOR_MODEL_MOSAIC_H
 #define SIMULATOR_MODEL_MOSAIC_H
 

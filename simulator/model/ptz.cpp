@@ -78,8 +78,7 @@ nlohmann::json Status() {
     return status;
 }
 
-[[maybe_unused]] const bool known =
-    AddPanelPart("ptz", Status) && OnRestore(KEPT_PTZ, Forget) && OnPowerLoss(StopAll);
+[[maybe_unused]] const bool known = AddPanelPart("ptz", Status) && OnRestore(KEPT_PTZ, Forget) && OnPowerLoss(StopAll);
 
 }  // namespace
 

@@ -41,45 +41,99 @@ bool Move(CameraHead& head, double now, double HeadPosition::*part, double by) {
     return true;
 }
 
-bool Up(CameraHead& head, double now, Values v) { return Turn(head, now, 0, -1, v[0]); }
-bool Down(CameraHead& head, double now, Values v) { return Turn(head, now, 0, 1, v[0]); }
-bool Left(CameraHead& head, double now, Values v) { return Turn(head, now, -1, 0, v[0]); }
-bool Right(CameraHead& head, double now, Values v) { return Turn(head, now, 1, 0, v[0]); }
-bool UpLeft(CameraHead& head, double now, Values v) { return Turn(head, now, -1, -1, v[0]); }
-bool UpRight(CameraHead& head, double now, Values v) { return Turn(head, now, 1, -1, v[0]); }
-bool DownLeft(CameraHead& head, double now, Values v) { return Turn(head, now, -1, 1, v[0]); }
-bool DownRight(CameraHead& head, double now, Values v) { return Turn(head, now, 1, 1, v[0]); }
-bool Halt(CameraHead& head, double now, Values) { return head.Stop(now), true; }
+bool Up(CameraHead& head, double now, Values v) {
+    return Turn(head, now, 0, -1, v[0]);
+}
+bool Down(CameraHead& head, double now, Values v) {
+    return Turn(head, now, 0, 1, v[0]);
+}
+bool Left(CameraHead& head, double now, Values v) {
+    return Turn(head, now, -1, 0, v[0]);
+}
+bool Right(CameraHead& head, double now, Values v) {
+    return Turn(head, now, 1, 0, v[0]);
+}
+bool UpLeft(CameraHead& head, double now, Values v) {
+    return Turn(head, now, -1, -1, v[0]);
+}
+bool UpRight(CameraHead& head, double now, Values v) {
+    return Turn(head, now, 1, -1, v[0]);
+}
+bool DownLeft(CameraHead& head, double now, Values v) {
+    return Turn(head, now, -1, 1, v[0]);
+}
+bool DownRight(CameraHead& head, double now, Values v) {
+    return Turn(head, now, 1, 1, v[0]);
+}
+bool Halt(CameraHead& head, double now, Values) {
+    return head.Stop(now), true;
+}
 
-bool ZoomIn(CameraHead& head, double now, Values v) { return Zoom(head, now, std::pow(ZOOM_STEP, Speed(v[0]))); }
-bool ZoomOut(CameraHead& head, double now, Values v) { return Zoom(head, now, std::pow(ZOOM_STEP, -1.0 * Speed(v[0]))); }
-bool FocusNear(CameraHead& h, double now, Values v) { return Move(h, now, &HeadPosition::focus, -FOCUS_STEP * Speed(v[0])); }
-bool FocusFar(CameraHead& h, double now, Values v) { return Move(h, now, &HeadPosition::focus, FOCUS_STEP * Speed(v[0])); }
-bool IrisOpen(CameraHead& h, double now, Values v) { return Move(h, now, &HeadPosition::iris, FOCUS_STEP * Speed(v[0])); }
-bool IrisClose(CameraHead& h, double now, Values v) { return Move(h, now, &HeadPosition::iris, -FOCUS_STEP * Speed(v[0])); }
+bool ZoomIn(CameraHead& head, double now, Values v) {
+    return Zoom(head, now, std::pow(ZOOM_STEP, Speed(v[0])));
+}
+bool ZoomOut(CameraHead& head, double now, Values v) {
+    return Zoom(head, now, std::pow(ZOOM_STEP, -1.0 * Speed(v[0])));
+}
+bool FocusNear(CameraHead& h, double now, Values v) {
+    return Move(h, now, &HeadPosition::focus, -FOCUS_STEP * Speed(v[0]));
+}
+bool FocusFar(CameraHead& h, double now, Values v) {
+    return Move(h, now, &HeadPosition::focus, FOCUS_STEP * Speed(v[0]));
+}
+bool IrisOpen(CameraHead& h, double now, Values v) {
+    return Move(h, now, &HeadPosition::iris, FOCUS_STEP * Speed(v[0]));
+}
+bool IrisClose(CameraHead& h, double now, Values v) {
+    return Move(h, now, &HeadPosition::iris, -FOCUS_STEP * Speed(v[0]));
+}
 
-bool Wiper(CameraHead& head, double, Values v) { return head.SetWiper(v[0] != 0), true; }
-bool Light(CameraHead& head, double, Values v) { return head.SetLight(v[0] != 0), true; }
-bool Home(CameraHead& head, double now, Values) { return head.Goto(now, {}), true; }
+bool Wiper(CameraHead& head, double, Values v) {
+    return head.SetWiper(v[0] != 0), true;
+}
+bool Light(CameraHead& head, double, Values v) {
+    return head.SetLight(v[0] != 0), true;
+}
+bool Home(CameraHead& head, double now, Values) {
+    return head.Goto(now, {}), true;
+}
 bool Scan(CameraHead& head, double now, Values v) {
     return head.Scan(now, RANGE_PER_SECOND * Speed(v[0]) / MOST_SPEED), true;
 }
 
-bool SetPreset(CameraHead& head, double now, Values v) { return v[0] != 0 && (head.SetPreset(now, v[0]), true); }
-bool ClearPreset(CameraHead& head, double, Values v) { return head.ClearPreset(v[0]); }
-bool GotoPreset(CameraHead& head, double now, Values v) { return head.GotoPreset(now, v[0]); }
+bool SetPreset(CameraHead& head, double now, Values v) {
+    return v[0] != 0 && (head.SetPreset(now, v[0]), true);
+}
+bool ClearPreset(CameraHead& head, double, Values v) {
+    return head.ClearPreset(v[0]);
+}
+bool GotoPreset(CameraHead& head, double now, Values v) {
+    return head.GotoPreset(now, v[0]);
+}
 
-bool RunTour(CameraHead& head, double now, Values v) { return head.RunTour(now, v[0]); }
-bool StopTour(CameraHead& head, double now, Values v) { return head.StopTour(now, v[0]); }
+bool RunTour(CameraHead& head, double now, Values v) {
+    return head.RunTour(now, v[0]);
+}
+bool StopTour(CameraHead& head, double now, Values v) {
+    return head.StopTour(now, v[0]);
+}
 bool AddTourPoint(CameraHead& head, double, Values v) {
     const TourPoint point = {v[2] != 0 ? v[2] : v[1], v[3] != 0 ? v[3] : USUAL_DWELL};
     return v[0] != 0 && v[1] != 0 && (head.AddTourPoint(v[0], v[1], point), true);
 }
-bool DeleteTourPoint(CameraHead& head, double, Values v) { return head.DeleteTourPoint(v[0], v[2]); }
+bool DeleteTourPoint(CameraHead& head, double, Values v) {
+    return head.DeleteTourPoint(v[0], v[2]);
+}
 
-bool BeginTrack(CameraHead& head, double now, Values v) { return head.BeginTrack(now, v[0]), true; }
-bool EndTrack(CameraHead& head, double now, Values v) { return head.EndTrack(now, v[0]); }
-bool RunTrack(CameraHead& head, double now, Values v) { return head.RunTrack(now, v[0]); }
+bool BeginTrack(CameraHead& head, double now, Values v) {
+    return head.BeginTrack(now, v[0]), true;
+}
+bool EndTrack(CameraHead& head, double now, Values v) {
+    return head.EndTrack(now, v[0]);
+}
+bool RunTrack(CameraHead& head, double now, Values v) {
+    return head.RunTrack(now, v[0]);
+}
 
 /** Turns until the named point of the picture is in its middle, and zooms. */
 bool Centre(CameraHead& head, double now, Values v) {
@@ -98,36 +152,14 @@ struct Code {
 };
 
 const Code CODES[] = {
-    {0x001, 0, Home},
-    {0x100, 0, Up},
-    {0x101, 0, Down},
-    {0x102, 0, Left},
-    {0x103, 0, Right},
-    {0x104, 0, UpLeft},
-    {0x105, 0, UpRight},
-    {0x106, 0, DownLeft},
-    {0x107, 0, DownRight},
-    {0x200, 0, ZoomIn},
-    {0x201, 0, ZoomOut},
-    {0x300, 0, FocusNear},
-    {0x301, 0, FocusFar},
-    {0x400, 0, IrisOpen},
-    {0x401, 0, IrisClose},
-    {0x500, 0, Wiper},
-    {0x600, 0, Light},
-    {0x700, 1, SetPreset},
-    {0x701, 1, ClearPreset},
-    {0x702, 1, GotoPreset},
-    {0x800, 3, RunTour},
-    {0x801, 3, StopTour},
-    {0x802, 3, AddTourPoint},
-    {0x803, 3, DeleteTourPoint},
-    {0x805, 2, RunTrack},
-    {0x807, 2, BeginTrack},
-    {0x808, 2, EndTrack},
-    {0x809, 0, Scan},
-    {0x80A, 4, Centre},
-    {0x13149527, 0, Halt},
+    {0x001, 0, Home},      {0x100, 0, Up},         {0x101, 0, Down},         {0x102, 0, Left},
+    {0x103, 0, Right},     {0x104, 0, UpLeft},     {0x105, 0, UpRight},      {0x106, 0, DownLeft},
+    {0x107, 0, DownRight}, {0x200, 0, ZoomIn},     {0x201, 0, ZoomOut},      {0x300, 0, FocusNear},
+    {0x301, 0, FocusFar},  {0x400, 0, IrisOpen},   {0x401, 0, IrisClose},    {0x500, 0, Wiper},
+    {0x600, 0, Light},     {0x700, 1, SetPreset},  {0x701, 1, ClearPreset},  {0x702, 1, GotoPreset},
+    {0x800, 3, RunTour},   {0x801, 3, StopTour},   {0x802, 3, AddTourPoint}, {0x803, 3, DeleteTourPoint},
+    {0x805, 2, RunTrack},  {0x807, 2, BeginTrack}, {0x808, 2, EndTrack},     {0x809, 0, Scan},
+    {0x80A, 4, Centre},    {0x13149527, 0, Halt},
 };
 
 }  // namespace

@@ -83,7 +83,8 @@ bool CameraHead::DeleteTourPoint(unsigned tour, unsigned number) {
 bool CameraHead::RunTour(double now, unsigned tour) {
     std::vector<std::pair<HeadPosition, unsigned>> stops;
     const auto found = m_memory.tours.find(tour);
-    for (const auto& [number, point] : found != m_memory.tours.end() ? found->second : std::map<unsigned, TourPoint>()) {
+    for (const auto& [number, point] :
+         found != m_memory.tours.end() ? found->second : std::map<unsigned, TourPoint>()) {
         const auto preset = m_memory.presets.find(point.preset);
         if (preset != m_memory.presets.end()) {
             stops.emplace_back(preset->second, point.dwell);

@@ -21,8 +21,8 @@ struct TourPoint {
 struct HeadMemory {
     HeadPosition position;
     std::map<unsigned, HeadPosition> presets;
-    std::map<unsigned, std::map<unsigned, TourPoint>> tours;      ///< by tour and point, both counted from 1
-    std::map<unsigned, std::vector<HeadPath::Point>> tracks;      ///< times from the track's begin
+    std::map<unsigned, std::map<unsigned, TourPoint>> tours;  ///< by tour and point, both counted from 1
+    std::map<unsigned, std::vector<HeadPath::Point>> tracks;  ///< times from the track's begin
     bool wiper = false;
     bool light = false;
 };

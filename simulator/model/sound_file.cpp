@@ -37,8 +37,8 @@ int OpenDecoder(Reading* reading) {
         return AVERROR(ENOMEM);
     }
     reading->codec->thread_count = 1;
-    const int error = avcodec_parameters_to_context(reading->codec.get(),
-                                                    reading->file->streams[reading->stream]->codecpar);
+    const int error =
+        avcodec_parameters_to_context(reading->codec.get(), reading->file->streams[reading->stream]->codecpar);
     return error < 0 ? error : avcodec_open2(reading->codec.get(), decoder, nullptr);
 }
 
@@ -65,9 +65,8 @@ void Convert(const AVFrame* frame, Reading* reading) {
     const size_t before = reading->samples.size();
     reading->samples.resize(before + static_cast<size_t>(room));
     auto* out = reinterpret_cast<uint8_t*>(reading->samples.data() + before);
-    const int made =
-        swr_convert(reading->resampler.get(), &out, room,
-                    frame != nullptr ? const_cast<const uint8_t**>(frame->extended_data) : nullptr, given);
+    const int made = swr_convert(reading->resampler.get(), &out, room,
+                                 frame != nullptr ? const_cast<const uint8_t**>(frame->extended_data) : nullptr, given);
     reading->samples.resize(before + static_cast<size_t>(made > 0 ? made : 0));
 }
 

@@ -77,8 +77,7 @@ unsigned Open(const std::string& with, std::unique_ptr<Microphone> microphone) {
     do {
         talks.last = talks.last % 0x7FFFFFFF + 1;
     } while (talks.open.count(talks.last) != 0);
-    talks.open[talks.last] =
-        std::make_shared<Line>(with, std::move(microphone), PathFor(with, talks.last), Now());
+    talks.open[talks.last] = std::make_shared<Line>(with, std::move(microphone), PathFor(with, talks.last), Now());
     Take(Goods::Talk, talks.last, std::to_string(talks.last) + " with " + with);
     return talks.last;
 }

@@ -8,7 +8,7 @@ namespace simulator {
 namespace {
 
 constexpr size_t HEADER = 44;
-constexpr size_t SAMPLE = 2;                                    // bytes
+constexpr size_t SAMPLE = 2;                                      // bytes
 constexpr size_t MOST_SAMPLES = (0xFFFFFFFFU - HEADER) / SAMPLE;  // what the header's sizes can tell
 
 void Put(unsigned char* at, unsigned value, int bytes) {

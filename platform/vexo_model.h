@@ -233,7 +233,8 @@ int vexo_model_stop_talking(unsigned int talk);
  */
 int vexo_model_get_talking_frame(unsigned int talk, unsigned char* buffer, unsigned int size);
 
-/** Plays one frame, header and payload, 8000 samples a second; it is copied. Codecs are those of vexo_frame_header. */
+/** Plays one frame, header and payload, 8000 samples a second; it is copied. Codecs are those of
+ *  vexo_frame_header; an ADPCM payload is one IMA block as in a WAV file. */
 int vexo_model_play_talking_frame(unsigned int talk, const unsigned char* frame);
 
 // ---- device control ------------------------------------------------------------------------------------------------

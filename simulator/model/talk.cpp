@@ -17,7 +17,6 @@ constexpr unsigned LONGEST_PAYLOAD = 65536;
 constexpr unsigned char CODEC_MULAW = 1;
 constexpr unsigned char CODEC_ALAW = 2;
 constexpr unsigned char CODEC_ADPCM = 4;
-constexpr int ADPCM_BLOCK = 320;  // bytes
 
 class ToneMicrophone : public Microphone {
 public:
@@ -98,7 +97,6 @@ AVCodecContext* TalkDecoder::Open(unsigned char codec) {
     }
     m_codec->sample_rate = AUDIO_RATE;
     m_codec->bits_per_coded_sample = 4;
-    m_codec->block_align = codec == CODEC_ADPCM ? ADPCM_BLOCK : 1;
     m_codec->thread_count = 1;
     av_channel_layout_default(&m_codec->ch_layout, 1);
     if (avcodec_open2(m_codec.get(), decoder, nullptr) != 0) {
@@ -110,24 +108,19 @@ AVCodecContext* TalkDecoder::Open(unsigned char codec) {
 
 bool TalkDecoder::Decode(unsigned char codec, const unsigned char* data, size_t size, std::vector<int16_t>* samples) {
     AVCodecContext* context = Open(codec);
-    if (context == nullptr || size == 0 || (codec == CODEC_ADPCM && size % ADPCM_BLOCK != 0)) {
+    av_packet_unref(m_packet.get());
+    if (context == nullptr || size == 0 || av_new_packet(m_packet.get(), static_cast<int>(size)) != 0) {
         return false;
     }
-    const size_t step = codec == CODEC_ADPCM ? ADPCM_BLOCK : size;
-    for (size_t at = 0; at < size; at += step) {
-        av_packet_unref(m_packet.get());
-        if (av_new_packet(m_packet.get(), static_cast<int>(step)) != 0) {
-            return false;
-        }
-        memcpy(m_packet->data, data + at, step);
-        if (avcodec_send_packet(context, m_packet.get()) != 0) {
-            return false;
-        }
-        while (avcodec_receive_frame(context, m_frame.get()) == 0) {
-            AddSamples(*m_frame, samples);
-        }
+    memcpy(m_packet->data, data, size);
+    if (avcodec_send_packet(context, m_packet.get()) != 0) {
+        return false;
     }
-    return true;
+    const size_t before = samples->size();
+    while (avcodec_receive_frame(context, m_frame.get()) == 0) {
+        AddSamples(*m_frame, samples);
+    }
+    return samples->size() > before;
 }
 
 Talk::Talk(std::unique_ptr<Microphone> microphone, std::string played_path, double now)

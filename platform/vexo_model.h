@@ -254,12 +254,12 @@ struct vexo_ipc_ptz_ctrl_para {
  *   0x300 0x301  0 {speed}    a step nearer, farther (focus)
  *   0x400 0x401  0 {speed}    a step more open, more closed (iris)
  *   0x500 0x600  0 {on}       wiper, light
- *   0x700-0x702  1 {number}   preset, from 1: set, clear, go to
- *   0x800 0x801  3 {tour}     tour, from 1: run, stop
- *   0x802        3 {tour, point, preset, seconds}  put a point, from 1, into a tour; preset 0: of the point's number;
- *                             seconds to stand there, 0: 5
+ *   0x700-0x702  1 {number}   preset, 1 to 255: set, clear, go to
+ *   0x800 0x801  3 {tour}     tour, 1 to 32: run, stop
+ *   0x802        3 {tour, point, preset, seconds}  put a point, 1 to 64, into a tour; preset 0: of the point's
+ *                             number; seconds to stand there, 0: 5
  *   0x803        3 {tour, 0, point}  take a point out
- *   0x805 0x807 0x808  2 {track}  track, from 0: run, begin to remember, end
+ *   0x805 0x807 0x808  2 {track}  track, 0 to 7: run, begin to remember, end
  *   0x809        0 {speed}    to and fro between both sides, until told to stop
  *   0x80A        4 {x, y, zoom}  turn until that point of the picture, in ten-thousandths, is in its middle; zoom in
  *                             tenths of the present one, 0: as it is
@@ -270,8 +270,8 @@ int vexo_model_send_ptz_cmd(unsigned int id, unsigned int channel, unsigned int 
                             const vexo_ipc_ptz_ctrl_para* para);
 
 // Reboot and power-off end all logins, and with them talks, streams and whatever else runs for one. Where the caller
-// lives on, the model library's operations fail until the recorder is back, except those that give something back, which
-// succeed once for what the interruption has ended.
+// lives on, the model library's operations fail until the recorder is back, except those that give something back,
+// which succeed once for what the interruption has ended.
 
 /** forced: true does not wait for what the recorder is writing. */
 int vexo_model_reboot(unsigned int id, VEXO_BOOL forced);

@@ -12,8 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/json_section.h"
-#include "core/scenario.h"
+#include "core/home.h"
 
 namespace simulator {
 namespace {
@@ -34,7 +33,7 @@ Owners& TheOwners() {
 }
 
 std::string PathOf(const std::string& name) {
-    return HomeFolder() + "/" + name + ".json";
+    return HomePath() + "/" + name + ".json";
 }
 
 /** Under a name of its own first, so that a reader never sees half a document, whichever process writes. */
@@ -51,6 +50,13 @@ bool WriteWhole(const std::string& path, const std::string& text) {
 }
 
 }  // namespace
+
+std::string KeptFolder(const std::string& name) {
+    const std::string path = name.empty() ? HomePath() : HomePath() + "/" + name;
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    return path;
+}
 
 nlohmann::json ReadKept(const std::string& name) {
     const std::string path = PathOf(name);
@@ -70,6 +76,7 @@ nlohmann::json ReadKept(const std::string& name) {
 void Keep(const std::string& name, const nlohmann::json& document) {
     static std::mutex& one_at_a_time = *new std::mutex;
     std::lock_guard<std::mutex> hold(one_at_a_time);
+    KeptFolder("");
     const std::string path = PathOf(name);
     if (!WriteWhole(path, document.dump(4, ' ', false, nlohmann::json::error_handler_t::replace) + "\n")) {
         fprintf(stderr, "[simulated recorder] cannot write %s: %s\n", path.c_str(), strerror(errno));

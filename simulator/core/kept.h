@@ -19,6 +19,9 @@ enum KeptPart : unsigned {
  *  told on standard error. */
 nlohmann::json ReadKept(const std::string& name);
 
+/** The path of a folder in the home folder, made when needed; one that cannot be made shows when it is used. */
+std::string KeptFolder(const std::string& name);
+
 /** Writes the document, whole or not at all; when that fails, a line on standard error says so and nothing is lost but
  *  the lasting. */
 void Keep(const std::string& name, const nlohmann::json& document);

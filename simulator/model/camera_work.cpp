@@ -90,14 +90,18 @@ const AVFrame* CameraWork::SceneAt(const Moment& moment, const View& view) {
         return nullptr;
     }
     if (m_scene_due != moment.due) {
-        const bool seen = m_source->Draw(moment.wall_clock, view, *m_scene);
-        if (seen != m_seen) {
-            ReportSeen(m_channel, seen);
-        }
-        m_seen = seen;
+        m_seen = m_source->Draw(moment.wall_clock, view, *m_scene);
+        Report();
         m_scene_due = moment.due;
     }
     return m_seen ? m_scene.get() : nullptr;
+}
+
+void CameraWork::Report() {
+    if (m_reported != m_seen) {
+        ReportSeen(m_channel, m_seen);
+        m_reported = m_seen;
+    }
 }
 
 bool CameraWork::NoVideo() const {

@@ -17,7 +17,8 @@ namespace {
 /** What the recorder remembers of its last interruptions: power.json. */
 void NoteInterruption(const std::string& what, const std::string& user) {
     nlohmann::json document = ReadKept("power");
-    const nlohmann::json& times = document[what]["times"];
+    const nlohmann::json before = document.value(what, nlohmann::json::object());
+    const nlohmann::json times = before.is_object() ? before.value("times", nlohmann::json()) : nlohmann::json();
     document[what] = {{"times", (times.is_number_unsigned() ? times.get<unsigned>() : 0U) + 1},
                       {"last", time(nullptr)},
                       {"by", user}};

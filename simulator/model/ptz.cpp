@@ -55,6 +55,7 @@ void StopAll() {
     for (CameraHead& head : heads.list) {
         head.Stop(Uptime());
     }
+    KeepHeads(Memories(heads, Uptime()));
 }
 
 nlohmann::json Status() {

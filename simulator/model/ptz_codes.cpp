@@ -15,6 +15,14 @@ constexpr double FOCUS_STEP = 0.02;
 constexpr double ZOOM_STEP = 1.06;
 constexpr double POINT_SCALE = 10000;
 constexpr unsigned USUAL_DWELL = 5;  // seconds
+constexpr unsigned PRESETS = 255;    // what a head remembers at most
+constexpr unsigned TOURS = 32;
+constexpr unsigned POINTS = 64;
+constexpr unsigned TRACKS = 8;
+
+bool Within(unsigned number, unsigned least, unsigned most) {
+    return number >= least && number <= most;
+}
 
 /** 1 slowest to 7 fastest; 0 is the usual speed, and what is above the highest counts as the highest. */
 unsigned Speed(unsigned value) {
@@ -102,7 +110,7 @@ bool Scan(CameraHead& head, double now, Values v) {
 }
 
 bool SetPreset(CameraHead& head, double now, Values v) {
-    return v[0] != 0 && (head.SetPreset(now, v[0]), true);
+    return Within(v[0], 1, PRESETS) && (head.SetPreset(now, v[0]), true);
 }
 bool ClearPreset(CameraHead& head, double, Values v) {
     return head.ClearPreset(v[0]);
@@ -119,14 +127,14 @@ bool StopTour(CameraHead& head, double now, Values v) {
 }
 bool AddTourPoint(CameraHead& head, double, Values v) {
     const TourPoint point = {v[2] != 0 ? v[2] : v[1], v[3] != 0 ? v[3] : USUAL_DWELL};
-    return v[0] != 0 && v[1] != 0 && (head.AddTourPoint(v[0], v[1], point), true);
+    return Within(v[0], 1, TOURS) && Within(v[1], 1, POINTS) && (head.AddTourPoint(v[0], v[1], point), true);
 }
 bool DeleteTourPoint(CameraHead& head, double, Values v) {
     return head.DeleteTourPoint(v[0], v[2]);
 }
 
 bool BeginTrack(CameraHead& head, double now, Values v) {
-    return head.BeginTrack(now, v[0]), true;
+    return Within(v[0], 0, TRACKS - 1) && (head.BeginTrack(now, v[0]), true);
 }
 bool EndTrack(CameraHead& head, double now, Values v) {
     return head.EndTrack(now, v[0]);
@@ -151,16 +159,40 @@ struct Code {
     bool (*obey)(CameraHead& head, double now, Values values);
 };
 
+// clang-format off
 const Code CODES[] = {
-    {0x001, 0, Home},      {0x100, 0, Up},         {0x101, 0, Down},         {0x102, 0, Left},
-    {0x103, 0, Right},     {0x104, 0, UpLeft},     {0x105, 0, UpRight},      {0x106, 0, DownLeft},
-    {0x107, 0, DownRight}, {0x200, 0, ZoomIn},     {0x201, 0, ZoomOut},      {0x300, 0, FocusNear},
-    {0x301, 0, FocusFar},  {0x400, 0, IrisOpen},   {0x401, 0, IrisClose},    {0x500, 0, Wiper},
-    {0x600, 0, Light},     {0x700, 1, SetPreset},  {0x701, 1, ClearPreset},  {0x702, 1, GotoPreset},
-    {0x800, 3, RunTour},   {0x801, 3, StopTour},   {0x802, 3, AddTourPoint}, {0x803, 3, DeleteTourPoint},
-    {0x805, 2, RunTrack},  {0x807, 2, BeginTrack}, {0x808, 2, EndTrack},     {0x809, 0, Scan},
-    {0x80A, 4, Centre},    {0x13149527, 0, Halt},
+    {0x001, 0, Home},
+    {0x100, 0, Up},
+    {0x101, 0, Down},
+    {0x102, 0, Left},
+    {0x103, 0, Right},
+    {0x104, 0, UpLeft},
+    {0x105, 0, UpRight},
+    {0x106, 0, DownLeft},
+    {0x107, 0, DownRight},
+    {0x200, 0, ZoomIn},
+    {0x201, 0, ZoomOut},
+    {0x300, 0, FocusNear},
+    {0x301, 0, FocusFar},
+    {0x400, 0, IrisOpen},
+    {0x401, 0, IrisClose},
+    {0x500, 0, Wiper},
+    {0x600, 0, Light},
+    {0x700, 1, SetPreset},
+    {0x701, 1, ClearPreset},
+    {0x702, 1, GotoPreset},
+    {0x800, 3, RunTour},
+    {0x801, 3, StopTour},
+    {0x802, 3, AddTourPoint},
+    {0x803, 3, DeleteTourPoint},
+    {0x805, 2, RunTrack},
+    {0x807, 2, BeginTrack},
+    {0x808, 2, EndTrack},
+    {0x809, 0, Scan},
+    {0x80A, 4, Centre},
+    {0x13149527, 0, Halt},
 };
+// clang-format on
 
 }  // namespace
 

@@ -1,5 +1,4 @@
 // The platform's talks: who talks with whom, by handle.
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include <mutex>
 
 #include "core/faults.h"
+#include "core/kept.h"
 #include "core/panel.h"
 #include "core/power.h"
 #include "core/scenario.h"
@@ -47,8 +47,6 @@ double Now() {
 
 /** Such as talk/2026-11-21_10-21-57_recorder_4711-1.wav in the home folder. */
 std::string PathFor(const std::string& with, unsigned handle) {
-    const std::string folder = HomeFolder() + "/talk";
-    mkdir(folder.c_str(), 0777);
     const time_t now = time(nullptr);
     tm local = {};
     localtime_r(&now, &local);
@@ -56,7 +54,8 @@ std::string PathFor(const std::string& with, unsigned handle) {
     strftime(moment, sizeof moment, "%Y-%m-%d_%H-%M-%S", &local);
     std::string name = with;
     std::replace(name.begin(), name.end(), ' ', '-');
-    return folder + "/" + moment + "_" + name + "_" + std::to_string(getpid()) + "-" + std::to_string(handle) + ".wav";
+    return KeptFolder("talk") + "/" + moment + "_" + name + "_" + std::to_string(getpid()) + "-" +
+           std::to_string(handle) + ".wav";
 }
 
 /** The line of a handle; null, with a complaint, when it was never given, and null when the recorder ended it. */

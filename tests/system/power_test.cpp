@@ -235,13 +235,16 @@ TEST_F(PowerTest, Restore_ForgetsPresets) {
 }
 
 TEST_F(PowerTest, Kept_DocumentThatCannotBeRead_IsLeftAside) {
-    for (const char* text : {"no json", "[]", R"({"1": {"mode": 99, "manual": "yes"}, "2": 7})", ""}) {
+    for (const char* text : {"no json", "[]", R"({"1": {"mode": 99, "manual": "yes"}, "2": 7, "poweroff": 5})",
+                             R"({"1": {"presets": 3}})", ""}) {
         const pid_t child = fork();
         if (child == 0) {
             std::ofstream(device::Home() / "record_modes.json") << text;
             std::ofstream(device::Home() / "ptz.json") << text;
+            std::ofstream(device::Home() / "power.json") << text;
             const Login login;
-            const bool works = vexo_model_set_record_mode(login.Id(), 0, 2) == 0 && device::Drive(login, 0, 1) == 0;
+            const bool works = vexo_model_set_record_mode(login.Id(), 0, 2) == 0 && device::Drive(login, 0, 1) == 0 &&
+                               vexo_model_poweroff(login.Id()) == 0;
             _exit(works ? 0 : 1);
         }
         int status = -1;

@@ -124,6 +124,8 @@ TEST_F(HeadTest, Preset_SetGoneToCleared) {
     EXPECT_FALSE(Send(301, 0x701, 1, 3));
     EXPECT_FALSE(Send(301, 0x702, 1, 3));
     EXPECT_FALSE(Send(301, 0x700, 1, 0)) << "presets count from 1";
+    EXPECT_TRUE(Send(301, 0x700, 1, 255));
+    EXPECT_FALSE(Send(301, 0x700, 1, 256));
 }
 
 TEST_F(HeadTest, Tour_GoesRoundItsPoints) {
@@ -157,6 +159,9 @@ TEST_F(HeadTest, Tour_PointsTakenOut_ThenNothingToRun) {
     EXPECT_FALSE(Send(200, 0x800, 3, 1));
     EXPECT_FALSE(Send(200, 0x802, 3, 0, 1, 1, 1)) << "tours count from 1";
     EXPECT_FALSE(Send(200, 0x802, 3, 1, 0, 1, 1)) << "points count from 1";
+    EXPECT_TRUE(Send(200, 0x802, 3, 32, 64, 1, 1));
+    EXPECT_FALSE(Send(200, 0x802, 3, 33, 1, 1, 1));
+    EXPECT_FALSE(Send(200, 0x802, 3, 1, 65, 1, 1));
 }
 
 TEST_F(HeadTest, Tour_OfOnePointWithoutDwell_Stands) {
@@ -185,6 +190,7 @@ TEST_F(HeadTest, Track_RememberedAndRunAgain) {
     ExpectAt(At(24.0), 0.5, 0.5);  // and over again
     ExpectAt(At(25.25), 0.625, 0.5);
     EXPECT_FALSE(Send(30, 0x805, 2, 1));
+    EXPECT_FALSE(Send(30, 0x807, 2, 8));
     EXPECT_FALSE(Send(30, 0x808, 2, 0));
 }
 

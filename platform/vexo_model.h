@@ -71,13 +71,18 @@ void vexo_rmta_dump_frame_list(unsigned int channel, vexo_enc_str_type type, vex
 
 // ---- zero channel --------------------------------------------------------------------------------------------------
 
-/** One encoded picture that shows several channels in a square; one for the recorder, whoever reads it. */
+/** One encoded picture that shows several channels in a square; one for the recorder, whoever reads it. It is encoded
+ *  from when it is switched on until it is switched off; frames have the types VEXO_FRAME_ZERO_KEY and _DELTA. */
 int vexo_model_zero_channel_set_enable(unsigned int id, VEXO_BOOL enable);
 
-/** Chooses the channels shown: count entries, row by row, as the caller gave them; 0xFFFFFFFF shows nothing. */
+/**
+ * Chooses the channels shown, from the next picture on: count entries, row by row, channels counted from 1; 0 and any
+ * number without a channel, 0xFFFFFFFF among them, show nothing. count is a square from 1 to 256, else a failure.
+ */
 int vexo_model_zero_channel_set_video_channels(unsigned int id, const unsigned int* channels, unsigned int count);
 
-/** As the live frame lists; *frame may be null on success. */
+/** As the live frame lists; a failure while the channel is switched off. On success of the first call *frame is null
+ *  while there is no frame yet; the position then stands before the first. */
 int vexo_model_zero_channel_first_get_frame(vexo_user_id user, unsigned char** frame, vexo_read_av_list_note* note);
 int vexo_model_zero_channel_get_frame(vexo_user_id user, const vexo_read_av_list_note* current, unsigned char** frame,
                                       vexo_read_av_list_note* note);
@@ -214,14 +219,22 @@ enum vexo_talk_mode : unsigned int {
     VEXO_TALK_CHANNEL = 4,  ///< with a channel's camera
 };
 
+/**
+ * Opens a talk for a login; *talk receives its handle, 1 or more, which stands until vexo_model_stop_talking. channel:
+ * with VEXO_TALK_CHANNEL the camera's; with VEXO_TALK_DEVICE 0 and without meaning.
+ */
 int vexo_model_start_talking(unsigned int id, vexo_talk_mode mode, unsigned int channel, unsigned int* talk);
 int vexo_model_stop_talking(unsigned int talk);
 
-/** Copies the next captured frame, header and payload, into buffer, at most size bytes; a failure when there is none.
+/**
+ * Copies the next captured frame, header and payload, into buffer; a failure when there is none yet, and when size is
+ * less than a header. What is beyond size bytes is left out, so that the header may claim more than was copied. Frames
+ * come 25 a second, 320 samples of G.711 A-law at 8000 Hz each; the oldest go when nobody fetches them.
  */
 int vexo_model_get_talking_frame(unsigned int talk, unsigned char* buffer, unsigned int size);
 
-/** Plays one frame, header and payload; it is copied. */
+/** Plays one frame, header and payload, 8000 samples a second; it is copied. Codecs are those of
+ *  vexo_frame_header; an ADPCM payload is one IMA block as in a WAV file. */
 int vexo_model_play_talking_frame(unsigned int talk, const unsigned char* frame);
 
 // ---- device control ------------------------------------------------------------------------------------------------
@@ -232,14 +245,42 @@ struct vexo_ipc_ptz_ctrl_para {
     unsigned int value[4];
 };
 
+/**
+ * Moves a camera or tells it what to remember; a failure when the camera cannot do it. Codes, with the kind of their
+ * parameters and the values:
+ *   0x100-0x107  0 {speed}    turn up, down, left, right, up left, up right, down left, down right, until told to stop
+ *   0x13149527   0            stop
+ *   0x200 0x201  0 {speed}    a step in, out (zoom)
+ *   0x300 0x301  0 {speed}    a step nearer, farther (focus)
+ *   0x400 0x401  0 {speed}    a step more open, more closed (iris)
+ *   0x500 0x600  0 {on}       wiper, light
+ *   0x700-0x702  1 {number}   preset, 1 to 255: set, clear, go to
+ *   0x800 0x801  3 {tour}     tour, 1 to 32: run, stop
+ *   0x802        3 {tour, point, preset, seconds}  put a point, 1 to 64, into a tour; preset 0: of the point's
+ *                             number; seconds to stand there, 0: 5
+ *   0x803        3 {tour, 0, point}  take a point out
+ *   0x805 0x807 0x808  2 {track}  track, 0 to 7: run, begin to remember, end
+ *   0x809        0 {speed}    to and fro between both sides, until told to stop
+ *   0x80A        4 {x, y, zoom}  turn until that point of the picture, in ten-thousandths, is in its middle; zoom in
+ *                             tenths of the present one, 0: as it is
+ *   1            0            to the middle, widest
+ * speed: 1 slowest to 7 fastest, 0 for 4; what is more counts as 7.
+ */
 int vexo_model_send_ptz_cmd(unsigned int id, unsigned int channel, unsigned int code,
                             const vexo_ipc_ptz_ctrl_para* para);
+
+// Reboot and power-off end all logins, and with them talks, streams and whatever else runs for one. Where the caller
+// lives on, the model library's operations fail until the recorder is back, except those that give something back,
+// which succeed once for what the interruption has ended.
+
+/** forced: true does not wait for what the recorder is writing. */
 int vexo_model_reboot(unsigned int id, VEXO_BOOL forced);
 int vexo_model_poweroff(unsigned int id);
-/** Restores the parts of the configuration whose bits are set; 0xFFFFFFFF restores all. */
+/** Restores the parts of the configuration whose bits are set, without a reboot; 0xFFFFFFFF restores all. */
 int vexo_model_restore_factory(unsigned int id, unsigned int parts);
 /** Record mode of a channel: 0 off, 1 by schedule, 2 always. */
 int vexo_model_set_record_mode(unsigned int id, unsigned int channel, unsigned int mode);
+/** Records a channel by hand whatever its mode, or leaves it to the mode again. */
 int vexo_model_set_record_manual_enable(unsigned int id, unsigned int channel, VEXO_BOOL enable);
 
 // ---- pictures ------------------------------------------------------------------------------------------------------

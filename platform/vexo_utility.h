@@ -175,13 +175,28 @@ void vexo_utility_delete_xml_operate(vexo_xml_operate* document, const char* fil
 
 constexpr unsigned int VEXO_EVENT_USER_HOSTMGR = 2;
 
+/** What an event is, by its class and sub-type. */
+enum vexo_event_sub_type : unsigned char {
+    VEXO_EVENT_MOTION = 2,             ///< class 2
+    VEXO_EVENT_VIDEO_LOSS = 3,         ///< class 2
+    VEXO_EVENT_SHELTER = 4,            ///< class 2: something stands before the camera
+    VEXO_EVENT_DISK_FULL = 17,         ///< class 3
+    VEXO_EVENT_DISK_ERROR = 19,        ///< class 3
+    VEXO_EVENT_NETWORK_LOST = 25,      ///< class 4
+    VEXO_EVENT_ADDRESS_CONFLICT = 26,  ///< class 4
+    VEXO_EVENT_INPUT = 27,             ///< class 5: an alarm input of the recorder
+    VEXO_EVENT_CAMERA_INPUT = 28,      ///< class 5: an alarm input of a network camera
+};
+
 /** One entry of the event table: something that is the case now. */
 struct vexo_event_detail_info {
     unsigned char event_class;  ///< 2 picture, 3 disk, 4 network, 5 alarm input
     unsigned char sub_type;
     unsigned char reserved_2[78];
-    unsigned int channel;  ///< byte 80: index of a class-2 event, counted from 0
-    unsigned int input;    ///< byte 84: index of class-3 and class-5 events
+    unsigned int channel;  ///< byte 80: channel of a class-2 event, counted from 0; of VEXO_EVENT_CAMERA_INPUT, counted
+                           ///< from 1
+    unsigned int input;    ///< byte 84: disk of a class-3 event, counted from 1; input of a class-5 event, counted from
+                           ///< 0, camera inputs in the order of their channels
     unsigned char reserved_88[84];
 };
 static_assert(sizeof(vexo_event_detail_info) == 172, "the event table's stride");
@@ -189,7 +204,7 @@ static_assert(offsetof(vexo_event_detail_info, channel) == 80, "index word of a 
 static_assert(offsetof(vexo_event_detail_info, input) == 84, "index word of class-3 and class-5 events");
 
 /**
- * Copies up to capacity current events into info and their number into *count; with a null info and capacity 0 it only
+ * The events that are the case now, in the order of their beginning. Copies up to capacity of them into info and their number into *count; with a null info and capacity 0 it only
  * counts. More events than capacity: *count is the number that there are, info holds the first capacity.
  */
 int vexo_utility_get_event_info(unsigned int event_user, vexo_event_detail_info* info, unsigned int capacity,

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "control.h"
+#include "core/events.h"
 
 namespace simulator {
 namespace {
@@ -90,9 +91,17 @@ const AVFrame* CameraWork::SceneAt(const Moment& moment, const View& view) {
     }
     if (m_scene_due != moment.due) {
         m_seen = m_source->Draw(moment.wall_clock, view, *m_scene);
+        Report();
         m_scene_due = moment.due;
     }
     return m_seen ? m_scene.get() : nullptr;
+}
+
+void CameraWork::Report() {
+    if (m_reported != m_seen) {
+        ReportSeen(m_channel, m_seen);
+        m_reported = m_seen;
+    }
 }
 
 bool CameraWork::NoVideo() const {

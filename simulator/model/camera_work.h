@@ -4,6 +4,7 @@
 #define SIMULATOR_MODEL_CAMERA_WORK_H
 
 #include <memory>
+#include <optional>
 
 #include "core/scenario.h"
 #include "frame_list.h"
@@ -50,6 +51,7 @@ private:
     void WorkVideo(VideoStream* stream, SteadyTime now, const View& view);
     void WorkAudio(SteadyTime now);
     const AVFrame* SceneAt(const Moment& moment, const View& view);
+    void Report();
     bool NoVideo() const;
 
     const unsigned m_channel;
@@ -59,7 +61,8 @@ private:
     std::unique_ptr<PictureSource> m_source;  ///< opened with the first picture
     Av<AVFrame> m_scene;                      ///< both video streams show it
     SteadyTime m_scene_due;
-    bool m_seen = true;  ///< the source had a picture for m_scene_due
+    bool m_seen = true;              ///< the source had a picture for m_scene_due
+    std::optional<bool> m_reported;  ///< what the event table knows of that
     std::unique_ptr<VideoStream> m_main;
     std::unique_ptr<VideoStream> m_sub;
     std::unique_ptr<AudioStream> m_audio;

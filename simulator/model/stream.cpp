@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
 
 #include "picture_stamp.h"
@@ -30,6 +29,8 @@ AVRational ShapeOf(const CameraSettings& camera) {
     return {static_cast<int>(camera.main.width), static_cast<int>(camera.main.height)};
 }
 
+}  // namespace
+
 void Blacken(AVFrame* picture) {
     for (int plane = 0; plane < 3; ++plane) {
         const int rows = plane == 0 ? picture->height : (picture->height + 1) / 2;
@@ -49,8 +50,6 @@ std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, 
     memcpy(frame->bytes.data() + sizeof(frame->header), packet.data, packet.size);
     return frame;
 }
-
-}  // namespace
 
 VideoStream::VideoStream(vexo_enc_str_type type, unsigned channel, const CameraSettings& camera, SteadyTime start,
                          FrameList* list)
@@ -105,15 +104,11 @@ void VideoStream::Publish(const Moment& moment, const Packet& packet, bool no_vi
 }
 
 AudioStream::AudioStream(const CameraSettings& camera, SteadyTime start, FrameList* list)
-    : m_hz(camera.audio_hz), m_level(camera.audio_level), m_schedule(start, AUDIO_BLOCKS), m_list(list) {}
+    : m_tone(camera.audio_hz, camera.audio_level, AUDIO_RATE), m_schedule(start, AUDIO_BLOCKS), m_list(list) {}
 
 void AudioStream::Put(const Moment& moment, bool no_video) {
-    constexpr double TURN = 2 * 3.14159265358979;
     std::array<int16_t, AUDIO_BLOCK> samples;
-    for (int16_t& sample : samples) {
-        const double turns = static_cast<double>(m_sample++) * m_hz / AUDIO_RATE;
-        sample = static_cast<int16_t>(std::lround(m_level * 32767 * std::sin(TURN * (turns - std::floor(turns)))));
-    }
+    std::generate(samples.begin(), samples.end(), [this] { return m_tone.Next(); });
     Packet packet;
     if (!m_encoder.Encode(samples.data(), &packet)) {
         return;

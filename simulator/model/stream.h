@@ -7,6 +7,7 @@
 #include "frame_list.h"
 #include "overlay.h"
 #include "schedule.h"
+#include "tone.h"
 
 namespace simulator {
 
@@ -15,6 +16,12 @@ struct Moment {
     SteadyTime due;          ///< on the schedule
     int64_t wall_clock = 0;  ///< microseconds since 1970, UTC
 };
+
+/** A frame with its payload; type, format and number are left to who makes it. */
+std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, bool no_video);
+
+/** What a picture without signal looks like. */
+void Blacken(AVFrame* picture);
 
 /** All streams of a camera are for its thread alone. The list must outlive the stream; it is emptied at its end. */
 class VideoStream {
@@ -61,12 +68,10 @@ public:
     void Put(const Moment& moment, bool no_video);
 
 private:
-    const double m_hz;
-    const double m_level;
+    Tone m_tone;
     Schedule m_schedule;
     FrameList* const m_list;
     AudioEncoder m_encoder;
-    int64_t m_sample = 0;  ///< number of the next sample: the tone's phase runs on from block to block
 };
 
 }  // namespace simulator

@@ -1,0 +1,118 @@
+// What the tests of the simulated recorder's devices share: bringing it up on a scenario of the test's own, a login,
+// and an ear for tones. Test cases do not belong here.
+#ifndef TESTS_SYSTEM_DEVICE_SUPPORT_H
+#define TESTS_SYSTEM_DEVICE_SUPPORT_H
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/scenario.h"
+#include "vexo_cfgm.h"
+#include "vexo_model.h"
+#include "vexo_utility.h"
+
+namespace device {
+
+/** The recorder's home folder, which is the test process's own. */
+inline std::filesystem::path Home() {
+    return getenv("RECORDER_HOME");
+}
+
+inline std::string Contents(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/** Brings the recorder up on a scenario, before its first use. */
+class Recorder : public testing::Environment {
+public:
+    explicit Recorder(std::string scenario) : m_scenario(std::move(scenario)) {}
+
+    void SetUp() override {
+        std::ofstream(Home() / "scenario.json") << m_scenario;
+        setenv("RECORDER_SCENARIO", (Home() / "scenario.json").c_str(), 1);
+        ASSERT_EQ(vexo_utility_init(VEXO_UTILITY_OPS_HOST), 0);
+        ASSERT_EQ(vexo_cfgm_init(), 0);
+    }
+
+private:
+    const std::string m_scenario;
+};
+
+/** A login of the recorder's own user, while it stands. */
+class Login {
+public:
+    Login() {
+        const vexo_ip_struct ip = {0, "127.0.0.1"};
+        EXPECT_EQ(vexo_model_login("admin", "admin12345", &ip, &m_id, VEXO_FALSE, VEXO_FALSE), 0);
+    }
+    ~Login() {
+        if (m_id != 0) {
+            vexo_model_logout(m_id, VEXO_FALSE);
+        }
+    }
+    Login(const Login&) = delete;
+    Login& operator=(const Login&) = delete;
+
+    unsigned Id() const { return m_id; }
+
+private:
+    unsigned m_id = 0;
+};
+
+/** Sends a PTZ code. */
+inline int Drive(const Login& login, unsigned channel, unsigned code, const vexo_ipc_ptz_ctrl_para& para = {}) {
+    return vexo_model_send_ptz_cmd(login.Id(), channel, code, &para);
+}
+
+constexpr double RATE = 8000;
+
+/** A tone as samples, full scale 1. */
+inline std::vector<double> Tone(double hz, double level, size_t samples, double rate = RATE) {
+    std::vector<double> tone(samples);
+    for (size_t i = 0; i < samples; ++i) {
+        tone[i] = level * std::sin(2 * M_PI * hz * static_cast<double>(i) / rate);
+    }
+    return tone;
+}
+
+/** Amplitude of one pitch. Over a second or more, a tone whose phase jumps loses its amplitude. */
+inline double AmplitudeAt(double hz, const std::vector<double>& samples, double rate = RATE) {
+    double real = 0;
+    double imaginary = 0;
+    for (size_t i = 0; i < samples.size(); ++i) {
+        const double angle = 2 * M_PI * hz * static_cast<double>(i) / rate;
+        real += samples[i] * std::cos(angle);
+        imaginary += samples[i] * std::sin(angle);
+    }
+    return 2 * std::hypot(real, imaginary) / static_cast<double>(samples.size());
+}
+
+/** That pitch at that level, and nothing beside it. */
+inline void ExpectTone(const std::vector<double>& samples, double hz, double level) {
+    ASSERT_GE(samples.size(), static_cast<size_t>(RATE));
+    EXPECT_NEAR(AmplitudeAt(hz, samples), level, level * 0.03);
+    EXPECT_LT(AmplitudeAt(hz + 7, samples), level * 0.05);
+    EXPECT_LT(AmplitudeAt(hz * 1.5, samples), level * 0.03);
+}
+
+/** G.711 A-law to linear, full scale 1. */
+inline double FromALaw(unsigned char code) {
+    code ^= 0x55;
+    const int exponent = (code >> 4) & 7;
+    const int step = ((code & 15) << 4) + 8;
+    const int value = exponent == 0 ? step : (step + 256) << (exponent - 1);
+    return ((code & 0x80) != 0 ? value : -value) / 32768.0;
+}
+
+}  // namespace device
+
+#endif

@@ -101,11 +101,10 @@ TEST_F(PlayControl, Direction_DoesNotReachAReaderThatRuns) {
 
 // ---- speed ---------------------------------------------------------------------------------------------------------
 
-static Lines Opened(const std::string& reader, const std::string& files, int type = 1, int direction = 0,
-                    const std::string& range = "-2209075200, -2209075200") {
+static Lines Opened(const std::string& reader, const std::string& files, const std::string& range) {
     return {reader + ".open(" + files + ")",
-            reader + ".set_stream_type(" + std::to_string(type) + ")",
-            reader + ".set_direction(" + std::to_string(direction) + ")",
+            reader + ".set_stream_type(1)",
+            reader + ".set_direction(0)",
             reader + ".set_frame_mode(2)",
             reader + ".start()",
             reader + ".set_time_range(" + range + ")"};
@@ -129,7 +128,7 @@ TEST_F(PlaySpeed, First_SetsTheModesUnderTheLockAndOpensWithoutIt) {
     EXPECT_THAT(
         CallsOf(HOSTMGR_PLAYCMD_SPEED, 1),
         ElementsAreArray(Joined({UnderPlayLock(CONTROL, {"reader1.set_frame_mode(2)", "reader2.set_frame_mode(2)"}),
-                                 Opened("reader1", "files0", 1, 0, range), Opened("reader2", "files1", 1, 0, range)})));
+                                 Opened("reader1", "files0", range), Opened("reader2", "files1", range)})));
 }
 
 // A play that begins fast gets all frames from its readers; the delivery drops the others itself.
@@ -212,7 +211,7 @@ TEST_F(PlaySpeed, FirstOfAReaderPlay_OpensWithItsRangeThenStartsTheAdvanceReader
     RawConsole([this] { StartV2(); });
     EXPECT_THAT(CallsOf(HOSTMGR_PLAYCMD_SPEED, 1),
                 ElementsAreArray(Joined({UnderPlayLock(CONTROL, {"reader1.set_frame_mode(2)"}),
-                                         Opened("reader1", "files0", 1, 0, "1720180800, 1720184400"),
+                                         Opened("reader1", "files0", "1720180800, 1720184400"),
                                          {"advance1.start(0)"}})));
     EXPECT_THAT(With("advance1", CallsOf(HOSTMGR_PLAYCMD_SPEED, 2)), IsEmpty());
 }

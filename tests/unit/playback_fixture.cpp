@@ -64,8 +64,9 @@ void PlaybackFixture::SetReaders() {
 
 void PlaybackFixture::SetThreads() {
     ON_CALL(platform, vexo_utility_creat_thread)
-        .WillByDefault([this](const vexo_thread_creat_ctl* ctl, const char*, unsigned long* id) {
-            *id = threads.Create(*ctl);
+        .WillByDefault([this](const vexo_thread_creat_ctl* ctl, const char* name, unsigned long* id) {
+            // The alarm thread of an initialised library never ends and is not run.
+            *id = strcmp(name, "HostMgrRePlay_Thread") == 0 ? threads.Create(*ctl) : 1000;
             return 0;
         });
     ON_CALL(platform, vexo_utility_retrieve_thread).WillByDefault([this](unsigned long id) {

@@ -57,13 +57,19 @@ public:
         return m_threads[id - 1]->ended;
     }
 
+    /** Lets a thread run on without stopping. */
+    void Run(unsigned long id) {
+        std::lock_guard<std::mutex> guard(m_guard);
+        m_threads[id - 1]->free = true;
+        m_changed.notify_all();
+    }
+
     /** Lets a thread run to its end. */
     void Join(unsigned long id) {
+        Run(id);
         std::thread* thread = nullptr;
         {
             std::lock_guard<std::mutex> guard(m_guard);
-            m_threads[id - 1]->free = true;
-            m_changed.notify_all();
             thread = &m_threads[id - 1]->thread;
         }
         if (thread->joinable())

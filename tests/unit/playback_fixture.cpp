@@ -86,6 +86,16 @@ TestAdvanceReader& PlaybackFixture::Advance(size_t number) {
     return *std::next(m_advances.begin(), static_cast<long>(number - 1));
 }
 
+size_t PlaybackFixture::Readers() {
+    std::lock_guard<std::mutex> guard(m_guard);
+    return m_readers.size();
+}
+
+size_t PlaybackFixture::Advances() {
+    std::lock_guard<std::mutex> guard(m_guard);
+    return m_advances.size();
+}
+
 unsigned char* PlaybackFixture::Frame(unsigned int number, unsigned int type, long stamp_ms, unsigned int payload) {
     std::lock_guard<std::mutex> guard(m_guard);
     m_frames.emplace_back(number, type, stamp_ms, payload);

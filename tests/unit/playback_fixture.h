@@ -111,8 +111,8 @@ protected:
 
     TestReader& Reader(size_t number = 1);
     TestAdvanceReader& Advance(size_t number = 1);
-    size_t Readers() { return m_readers.size(); }
-    size_t Advances() { return m_advances.size(); }
+    size_t Readers();
+    size_t Advances();
     /** Frames that the test pushes to an advance reader. */
     unsigned char* Frame(unsigned int number, unsigned int type = VEXO_FRAME_MAIN_KEY, long stamp_ms = 0,
                          unsigned int payload = 100);

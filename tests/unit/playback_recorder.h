@@ -84,11 +84,18 @@ public:
     int set_time_range(long start, long stop) override {
         return Called("set_time_range", std::to_string(start) + ", " + std::to_string(stop));
     }
-    int close() override { return Called("close", std::string()); }
+    int close() override {
+        Called("close", std::string());
+        const std::function<void()> meanwhile = on_close;
+        if (meanwhile)
+            meanwhile();
+        return 0;
+    }
     int reserved_11() override { return Reserved(); }
     int start() override {
-        if (on_start)
-            on_start();
+        const std::function<void()> meanwhile = on_start;
+        if (meanwhile)
+            meanwhile();
         return Called("start", std::string());
     }
 
@@ -96,6 +103,7 @@ public:
     std::atomic<bool> failing{false};
     std::atomic<bool> deleted{false};
     std::function<void()> on_start;
+    std::function<void()> on_close;
 
 private:
     int Called(const char* operation, const std::string& inputs) {

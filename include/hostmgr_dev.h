@@ -68,7 +68,8 @@
  * Each kind of callback runs on a thread of its own, and may not call for its own login:
  * - stream of a callback playback: the login's replay thread, with its playback locked. Not: any playback function,
  *   Control command 20.
- * - stream of a reader playback: the recorder's reader thread, nothing locked. Not: StopHistoryPlay.
+ * - stream of a reader playback: the recorder's reader thread, nothing locked. Not: StopHistoryPlay. Every Control
+ *   command may be sent, also to take the channel itself out of the play.
  * - talk: the login's talk thread, nothing locked.
  * - alarm: the one alarm thread, nothing locked. It may even log out; a slow one delays the alarms of all logins.
  * - picture: the login's capture thread, its tasks locked for reading. Not: StartCapturePicture, StopCapturePicture,
@@ -213,12 +214,16 @@ enum HostMgrPtzCommand : uint32_t {
 enum HostMgrPlayCommand : uint32_t {
     /**
      * dwParam: signed speed, clamped to -32..32. 0 and 1 are the recorded pace, n is n times as fast, -n is n times as
-     * slow; from 5 on only key frames. The first one after a start begins the delivery.
+     * slow; from 5 on only key frames. The first one after a start begins the delivery; one that comes before the start
+     * makes the play begin with it.
      */
     HOSTMGR_PLAYCMD_SPEED = 1,
     /** dwParam: 1 pauses, 0 goes on. (Callback playback pauses on exactly 1, reader playback on anything but 0.) */
     HOSTMGR_PLAYCMD_PAUSE = 2,
-    /** struTime: where to go on from. Ignored, silently, while nothing is started. */
+    /**
+     * struTime: where to go on from; the next frame comes at once. Ignored, silently, while nothing is started. A
+     * paused play is moved, and stays paused.
+     */
     HOSTMGR_PLAYCMD_SEEK = 3,
     /** Does nothing. */
     HOSTMGR_PLAYCMD_NOP = 4,
@@ -240,7 +245,11 @@ enum HostMgrPlayCommand : uint32_t {
      * range is zero or an earlier reader start's: start the channel with StartHistoryPlay instead.
      */
     HOSTMGR_PLAYCMD_ADDCHAN = 8,
-    /** dwParam: channel, from 1, to take out of the play. */
+    /**
+     * dwParam: channel, from 1, to take out of the play; of a channel that plays twice, the stream that was started
+     * first. There is no end mark. It waits for no callback, so a callback of a reader playback may take its own
+     * channel out; a frame that is under way just now may still be delivered, and none follows it.
+     */
     HOSTMGR_PLAYCMD_DELCHAN = 9,
     /** dwParam: channel, from 1; dwParam2: 0 or 1 main stream, 2 and above sub stream. Unknown channels are ignored. */
     HOSTMGR_PLAYCMD_STREAMTYPE = 10,
@@ -1321,7 +1330,9 @@ HOSTMGR_API int vexo_HostMgr_Dev_StopZeroCodec(int lZeroCodecHandle);
 /**
  * Callback playback: adds a channel to the login's play, whose frames its replay thread hands to a callback of the
  * stream, video paced by its time stamps and the speed, audio (once switched on) and downloads at once. Gaps below 1 ms
- * or of 10 s and more count as 40 ms. Call it once a channel; the same channel twice gives two streams of one handle.
+ * or of 10 s and more count as 40 ms. A frame up to 100 ms late keeps the cadence; a later one, or a clock that was set
+ * back, starts it anew. Call it once a channel; the same channel twice gives two streams of one handle, and the end of
+ * either takes away the one that was started first.
  * After a reader playback on the same login, the first speed command would confine this play to that one's range: use
  * another login.
  * @param lChannel 1 to 256.
@@ -1353,17 +1364,18 @@ HOSTMGR_API int vexo_HostMgr_Dev_StartHistoryPlayV2(int hLogin, int lChannel, un
                                                     vexo_hostmgr_stream_callback_v2 pfnStreamCallBack, void* pUser);
 
 /**
- * Ends the login's WHOLE play, all its channels, and waits for its replay thread. Pause, direction, speed and audio
- * switch hold on into the next play.
+ * Ends the login's WHOLE play, all its channels, without end marks, and waits for its replay thread, which may take a
+ * second, or for the reader playback's callback. When it has returned no frame comes any more; of two stops at once,
+ * the one that returns -1 does not wait. Pause, direction, speed and audio switch hold on into the next play.
  * @param hStream not looked at.
  * @return 0; -1: the frame's failures, or nothing started.
  */
 HOSTMGR_API int vexo_HostMgr_Dev_StopHistoryPlay(int hLogin, int hStream);
 
 /**
- * Gives a stream of a callback playback its callback; a stream without one delivers nothing. Waits while a callback of
- * the login runs.
- * @param hStream from StartHistoryPlay.
+ * Gives a stream of a callback playback its callback; a stream without one delivers nothing and keeps its place, but is
+ * taken out of the play at its end all the same. Waits while a callback of the login runs.
+ * @param hStream from StartHistoryPlay; of two streams of one channel, the one that was started first.
  * @param pfnStreamCallBack the callback, or null.
  * @param pUser handed back to it.
  * @return 0, also when no such stream is playing (the console says so); -1: the frame's failures, or hStream 0 or
@@ -1375,11 +1387,13 @@ HOSTMGR_API int vexo_HostMgr_Dev_SetHistoryStreamCallback(int hLogin, int hStrea
 // ---- record-file query ---------------------------------------------------------------------------------------------
 
 /**
- * Searches the recordings of a channel and keeps the list, one a login, for GetQueryFileResult. Release the one before
- * it first: a list that is not released is lost, and its memory with it.
+ * Searches the recordings of a channel and keeps the list, one a login, for GetQueryFileResult, until QueryRelease or
+ * logout. Release the one before it first: a list that is not released is lost, and its memory with it. Other calls of
+ * the login's search wait meanwhile.
  * @param lChannel channel, from 1; not checked here.
  * @param pQuery what to search for.
- * @return number of files, 0 and more; -1: the frame's failures, pQuery null, refused by the recorder, or no memory.
+ * @return number of files, 0 and more, in order of time; -1: the frame's failures, pQuery null, refused by the recorder
+ *   (silently), or no memory (silently; the entries of the list before it can still be read).
  */
 HOSTMGR_API int vexo_HostMgr_Dev_QueryFile(int hLogin, int lChannel, _tagVexoHostMgrQueryFile* pQuery);
 
@@ -1388,7 +1402,7 @@ HOSTMGR_API int vexo_HostMgr_Dev_QueryFile(int hLogin, int lChannel, _tagVexoHos
  * @param lIndex an entry, from 0; or below 0: a block from entry 0 on.
  * @param pResult to be filled; null only asks for the number of files.
  * @param dwCount single entry: 0 copies nothing, else one is copied. Block: up to dwCount PLUS ONE entries are written,
- *   so pResult must have room for dwCount + 1.
+ *   so pResult must have room for dwCount + 1; above 0x7FFFFFFF none is.
  * @return entries copied; with pResult null the number of files (which still stands after a release); -1: the frame's
  *   failures, lIndex at or past the number of files, or the entries of a released list.
  */

@@ -136,8 +136,9 @@ int vexo_model_inquiry_rec_by_time(unsigned int id, vexo_user_id user, unsigned 
 void vexo_model_free_inquiry_rec_result(vexo_rec_file_inquiry_result* result);
 
 /**
- * Reads one channel's recordings frame by frame. One thread at a time. Slots stand in this order; the reserved ones are
- * not called.
+ * Reads one channel's recordings frame by frame. Frames are read and released by one thread at a time; everything else
+ * may come from another one meanwhile, close included, as when a command meets an advance reader at work. Slots stand
+ * in this order; the reserved ones are not called.
  */
 class vexo_avss_file_reader {
 public:
@@ -171,7 +172,11 @@ protected:
     ~vexo_avss_file_reader() = default;
 };
 
-/** Creates a reader; null on failure. Deleted with the caller's source file and function names. */
+/**
+ * Creates a reader; null on failure. Deleted with the caller's source file and function names, once it has been closed
+ * and removed from every advance reader; that may be inside the callback of an advance reader for this very reader,
+ * whose frame is not looked at any more when the callback returns.
+ */
 vexo_avss_file_reader* vexo_model_new_avss_reader(vexo_user_id user, const char* name);
 void vexo_model_delete_avss_reader(vexo_avss_file_reader* reader, const char* file, const char* function);
 
@@ -182,21 +187,26 @@ void vexo_model_delete_avss_reader(vexo_avss_file_reader* reader, const char* fi
  */
 typedef unsigned int (*vexo_advance_frame_callback)(void* usr_para, VEXO_BOOL is_valid_data, unsigned char* frame);
 
-/** Pushes the frames of several channel readers in step. Slots stand in this order; the reserved ones are not called.
+/**
+ * Pushes the frames of several channel readers in step. It calls the callback with nothing of its own locked, so that
+ * the callback may call back into it, deletion apart, and other threads may while the callback runs. Slots stand in
+ * this order; the reserved ones are not called.
  */
 class vexo_advance_avss_file_reader {
 public:
     virtual int reserved_1() = 0;
-    /** Includes a reader; usr_para goes to the callback with its frames. The reader stays its maker's. */
+    /** Includes a reader, also while pushing; usr_para goes to the callback with its frames. The reader stays its
+     * maker's, and in here until it is removed: the end of its frames does not remove it. */
     virtual int add_reader(vexo_avss_file_reader* reader, void* usr_para) = 0;
-    /** Excludes a reader; waits until the callback is not running for it, unless called from that callback. */
+    /** Excludes a reader; waits until the callback is not running for it, unless called from inside that callback. One
+     *  that is not included is a failure, and nothing else. */
     virtual int remove_reader(vexo_avss_file_reader* reader) = 0;
     /** Moves all readers to that time, seconds since 1970. */
     virtual int seek(long seconds) = 0;
     virtual int set_callback(vexo_advance_frame_callback callback) = 0;
     /** Begins pushing; the argument is 0. */
     virtual int start(unsigned int argument) = 0;
-    /** Ends pushing; may be called again. */
+    /** Ends pushing; may be called again. Need not wait for a callback that runs. */
     virtual int stop() = 0;
     virtual int reserved_8() = 0;
     virtual int reserved_9() = 0;
@@ -207,7 +217,8 @@ protected:
     ~vexo_advance_avss_file_reader() = default;
 };
 
-/** As the two for the channel reader. */
+/** As the two for the channel reader. Deletion waits until the reader's thread has ended, so not from the callback; it
+ * comes when every channel's reader has been removed, and stopping first is not needed. */
 vexo_advance_avss_file_reader* vexo_model_new_advance_avss_reader(vexo_user_id user, const char* name);
 void vexo_model_delete_advance_avss_reader(vexo_advance_avss_file_reader* reader, const char* file,
                                            const char* function);

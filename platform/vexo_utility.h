@@ -48,7 +48,10 @@ public:
     virtual int lock(const char* file, const char* function) VEXO_ACQUIRE() = 0;
     /** Takes the lock if that needs no waiting: 0 taken, non-zero busy. */
     virtual int rd_trylock(const char* file, const char* function) VEXO_TRY_ACQUIRE(false) = 0;
-    /** Gives the lock back; only the thread that took it may. */
+    /**
+     * Gives the lock back; the thread that took it does so. One exception: a playback lock that a time command with a
+     * bad selector left taken is given back by the thread that logs the login out.
+     */
     virtual int unlock(const char* file, const char* function) VEXO_RELEASE() = 0;
     /** Writes who holds the lock into buffer, at most size bytes; the text may be unterminated when it fills them. */
     virtual int get_info(char* buffer, unsigned int size) = 0;

@@ -67,6 +67,8 @@ MockLock::MockLock(PlatformMock& platform, const char* name) : MockLockBase(plat
         Record("unlock", file, function);
         Dropped();
         m_mutex.unlock();
+        if (after_unlock)
+            after_unlock(function);
         return 0;
     });
     ON_CALL(*this, get_info(_, _)).WillByDefault([this](char*, unsigned int size) {

@@ -123,7 +123,7 @@ int64_t SegmentMaker::Make(const std::string& path, const HistorySegment& segmen
         }
         if (writer == nullptr) {
             LiveFrame audio;
-            audio.header = AudioHeader();
+            MarkAudio(&audio.header);
             writer = std::make_unique<MovWriter>(path, segment.start,
                                                  std::vector<const LiveFrame*>{main.get(), sub.get(), &audio});
         }

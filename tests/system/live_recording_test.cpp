@@ -133,8 +133,12 @@ TEST(LiveRecording, SubStreamAndSound_AreRecordedWhenTheyAreWatched) {
 }
 
 TEST(LiveRecording, FileThatGrows_IsFoundAndReadMeanwhile) {
-    EXPECT_TRUE(WatchUntil(QUIET, [] { return !Recorded(QUIET, recorded::MAIN).empty(); }));
-    EXPECT_TRUE(vexo_model_ch_is_recording(QUIET));
+    const long begun = time(nullptr);
+    EXPECT_TRUE(WatchUntil(QUIET, [begun] {
+        const List list(QUIET, begun, time(nullptr) + 1);
+        Player player(list);
+        return vexo_model_ch_is_recording(QUIET) != VEXO_FALSE && player.Next().has_value();
+    }));
 }
 
 TEST(LiveRecording, Predicates_TellChannelAndDisk) {

@@ -10,6 +10,7 @@
 #include "core/operations.h"
 #include "core/scenario_device.h"
 #include "core/scenario_network.h"
+#include "core/scenario_recordings.h"
 
 namespace simulator {
 namespace {
@@ -225,6 +226,8 @@ Scenario ParseScenario(const std::string& json) {
     scenario.reboot_seconds = root.Whole("reboot_seconds", 5, {0, 600, "seconds"});
     scenario.network = ReadNetwork(root.Object("network"));
     scenario.platform_links = ReadPlatformLinks(root.Objects("platform_links", 0, 32));
+    scenario.disks = ReadDisks(root.Objects("disks", 1, MAX_DISKS));
+    scenario.recordings = ReadRecordings(root.Object("recordings"));
     root.RefuseOtherKeys();
     return scenario;
 }

@@ -7,6 +7,7 @@
 #include "core/faults.h"
 #include "core/power.h"
 #include "core/watch.h"
+#include "live_recorder.h"
 #include "log.h"
 #include "vexo_model.h"
 
@@ -92,6 +93,9 @@ int LogIn(const char* name, const char* password, const vexo_ip_struct* ip, unsi
         return -1;
     }
     *id = login;
+    if (TheScenario().recordings.live == LiveRecording::Always) {
+        WakeLiveRecorder();
+    }
     Log(static_cast<int>(login), LogType::Login, user->name, user->name + " logged in from " + address);
     return 0;
 }

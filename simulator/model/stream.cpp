@@ -51,6 +51,20 @@ std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, 
     return frame;
 }
 
+void MarkVideo(vexo_enc_str_type type, bool key, vexo_frame_header* header) {
+    header->magic = VEXO_FRAME_MAGIC;
+    header->frame_type = FrameType(type, key);
+    header->codec = CODEC_H264;
+}
+
+void MarkAudio(vexo_frame_header* header) {
+    header->magic = VEXO_FRAME_MAGIC;
+    header->frame_type = VEXO_FRAME_AUDIO;
+    header->codec = CODEC_ALAW;
+    const unsigned char format[4] = {AUDIO_RATE & 0xFF, 16, 1, 16};
+    memcpy(header->format, format, sizeof(format));
+}
+
 VideoStream::VideoStream(vexo_enc_str_type type, unsigned channel, const CameraSettings& camera, SteadyTime start,
                          FrameList* list)
     : m_type(type),
@@ -95,8 +109,7 @@ bool VideoStream::Prepare(const AVFrame* scene) {
 
 void VideoStream::Publish(const Moment& moment, const Packet& packet, bool no_video) {
     auto frame = NewFrame(moment, packet, no_video);
-    frame->header.frame_type = FrameType(m_type, packet.key);
-    frame->header.codec = CODEC_H264;
+    MarkVideo(m_type, packet.key, &frame->header);
     frame->header.format[0] = static_cast<unsigned char>(m_settings.fps);
     frame->header.width = static_cast<unsigned short>(m_settings.width);
     frame->header.height = static_cast<unsigned short>(m_settings.height);
@@ -114,11 +127,8 @@ void AudioStream::Put(const Moment& moment, bool no_video) {
         return;
     }
     auto frame = NewFrame(moment, packet, no_video);
+    MarkAudio(&frame->header);
     frame->key = true;
-    frame->header.frame_type = VEXO_FRAME_AUDIO;
-    frame->header.codec = CODEC_ALAW;
-    const unsigned char format[4] = {AUDIO_RATE & 0xFF, 16, 1, 16};
-    memcpy(frame->header.format, format, sizeof(format));
     m_list->Add(std::move(frame));
 }
 

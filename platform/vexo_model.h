@@ -139,15 +139,11 @@ int vexo_model_inquiry_rec_by_time(unsigned int id, vexo_user_id user, unsigned 
 void vexo_model_free_inquiry_rec_result(vexo_rec_file_inquiry_result* result);
 
 /**
- * Reads one channel's recordings frame by frame. Frames are read and released by one thread at a time; everything else
- * may come from another one meanwhile, close included, as when a command meets an advance reader at work. Slots stand
- * in this order; the reserved ones are not called.
-
  * Reads one channel's recordings frame by frame: open takes the files, start begins. The settings (frame mode, stream
  * type, direction, time range) may be made in any state, hold for the next frame that is read, and outlast open, start
- * and close. Frames come by time, backward the latest first; sound comes forward with all frames only. One thread at a
- * time, but for the advance reader's, which reads while others set. Slots stand in this order; the reserved ones are
- * not called.
+ * and close. Frames come by time, backward the latest first; sound comes forward with all frames only. Frames are read
+ * and released by one thread at a time; everything else may come from another one meanwhile, close included, as when a
+ * command meets an advance reader at work. Slots stand in this order; the reserved ones are not called.
  */
 class vexo_avss_file_reader {
 public:
@@ -194,11 +190,8 @@ protected:
 /**
  * Creates a reader; null on failure. Deleted with the caller's source file and function names, once it has been closed
  * and removed from every advance reader; that may be inside the callback of an advance reader for this very reader,
- * whose frame is not looked at any more when the callback returns.
+ * whose frame is not looked at any more when the callback returns. Null is ignored.
  */
-
-/** Creates a reader; null on failure. Deleted with the caller's source file and function names, which leaves its
- * advance reader first, as remove_reader does; null is ignored. */
 vexo_avss_file_reader* vexo_model_new_avss_reader(vexo_user_id user, const char* name);
 void vexo_model_delete_avss_reader(vexo_avss_file_reader* reader, const char* file, const char* function);
 
@@ -206,19 +199,17 @@ void vexo_model_delete_avss_reader(vexo_avss_file_reader* reader, const char* fi
  * Receives the frames that an advance reader pushes, on its own thread: the user parameter given with the channel's
  * reader, whether the frame holds data, and the frame, or null at the end of the channel. The frame stays until the
  * callback returns. Any answer but 0 offers the same again, some milliseconds later, and nothing else before; time
- * stands still meanwhile. Every operation of both readers may be called from the callback.
+ * stands still meanwhile.
  */
 typedef unsigned int (*vexo_advance_frame_callback)(void* usr_para, VEXO_BOOL is_valid_data, unsigned char* frame);
 
 /**
- * Pushes the frames of several channel readers in step. It calls the callback with nothing of its own locked, so that
- * the callback may call back into it, deletion apart, and other threads may while the callback runs. Slots stand in
- * this order; the reserved ones are not called.
-
  * Pushes the frames of several channel readers in step: the earliest of all is next (backward: the latest), at the pace
  * at which they were recorded; readers that give key frames only are paced faster, as the library decides, and where
  * nothing was recorded no time passes. Readers that are not started wait. The end of a channel is told once, and again
- * after its reader was sent elsewhere. Any thread. Slots stand in this order; the reserved ones are not called.
+ * after its reader was sent elsewhere. It calls the callback with nothing of its own locked: the callback may call back
+ * into it, deletion apart, and other threads may while the callback runs. Slots stand in this order; the reserved ones
+ * are not called.
  */
 class vexo_advance_avss_file_reader {
 public:
@@ -228,9 +219,6 @@ public:
     virtual int add_reader(vexo_avss_file_reader* reader, void* usr_para) = 0;
     /** Excludes a reader; waits until the callback is not running for it, unless called from inside that callback. One
      *  that is not included is a failure, and nothing else. */
-
-    /** Excludes a reader; waits until the callback is not running for it, unless called from that callback. A failure
-     *  when it is not included. */
     virtual int remove_reader(vexo_avss_file_reader* reader) = 0;
     /** Moves all readers to that time, seconds since 1970. */
     virtual int seek(long seconds) = 0;
@@ -238,9 +226,7 @@ public:
     virtual int set_callback(vexo_advance_frame_callback callback) = 0;
     /** Begins pushing; the argument is 0. Does nothing when it has begun. */
     virtual int start(unsigned int argument) = 0;
-    /** Ends pushing; may be called again. Need not wait for a callback that runs. */
-
-    /** Ends pushing and waits until the callback is not running, unless called from it; may be called again. */
+    /** Ends pushing; may be called again. It may wait for a callback that runs, unless called from it, or not. */
     virtual int stop() = 0;
     virtual int reserved_8() = 0;
     virtual int reserved_9() = 0;
@@ -253,8 +239,6 @@ protected:
 
 /** As the two for the channel reader. Deletion waits until the reader's thread has ended, so not from the callback; it
  * comes when every channel's reader has been removed, and stopping first is not needed. */
-
-/** As the two for the channel reader; deleting one that pushes stops it first. */
 vexo_advance_avss_file_reader* vexo_model_new_advance_avss_reader(vexo_user_id user, const char* name);
 void vexo_model_delete_advance_avss_reader(vexo_advance_avss_file_reader* reader, const char* file,
                                            const char* function);

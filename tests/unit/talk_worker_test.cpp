@@ -140,7 +140,7 @@ class TalkFromCallback : public TalkWorker {
 protected:
     void RunInCallback(const std::function<void()>& action) {
         StartWithCallback();
-        m_in_callback = [this, action] { action(); };
+        m_in_callback = action;
         CaptureFrames(8);
         ASSERT_THAT(m_handed, SizeIs(1));
     }

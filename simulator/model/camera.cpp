@@ -6,7 +6,6 @@
 #include <system_error>
 
 #include "control.h"
-#include "core/power.h"
 #include "ptz.h"
 
 namespace simulator {
@@ -75,6 +74,16 @@ void Camera::Want(vexo_enc_str_type type) {
     }
 }
 
+// What the thread may still make until it notices is of the new generation and of no harm.
+void Camera::EndStreams() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    for (const vexo_enc_str_type type : {VEXO_ENC_STR_MAIN, VEXO_ENC_STR_SUB, VEXO_ENC_STR_AUDIO}) {
+        *UntilOf(type) = SteadyTime();
+        ListOf(type)->StartOver();
+    }
+    m_changed.notify_one();
+}
+
 void Camera::Close() {
     std::thread thread;
     {
@@ -141,7 +150,7 @@ bool Camera::Retire() {
 
 // Under the lock.
 Demand Camera::DemandNow() const {
-    const SteadyTime now = m_closed || !IsRunning() ? SteadyTime::max() : steady_clock::now();
+    const SteadyTime now = m_closed ? SteadyTime::max() : steady_clock::now();
     return {now < m_main_until, now < m_sub_until, now < m_audio_until};
 }
 

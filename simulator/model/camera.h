@@ -29,6 +29,9 @@ public:
     /** Somebody reads that stream: it is encoded from now until LINGER after the last reading. */
     void Want(vexo_enc_str_type type);
 
+    /** Ends every stream, for the recorder has lost its power; reading begins anew afterwards. */
+    void EndStreams();
+
     /** Ends the work for good and waits for it; for the process's end. */
     void Close();
 

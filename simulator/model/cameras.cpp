@@ -5,6 +5,8 @@
 #include <memory>
 #include <vector>
 
+#include "core/power.h"
+
 namespace simulator {
 namespace {
 
@@ -37,6 +39,14 @@ private:
     Cameras* const m_cameras;
     const pid_t m_process;
 };
+
+Cameras& TheCameras();
+
+[[maybe_unused]] const bool known = OnPowerLoss([] {
+    for (const auto& camera : TheCameras()) {
+        camera->EndStreams();
+    }
+});
 
 Cameras& TheCameras() {
     static Cameras* const cameras = MakeCameras();

@@ -135,6 +135,7 @@ void ZeroChannel::Reset() {
     m_enabled = false;
     m_channels = {0};
     ++m_layout;
+    m_list.StartOver();
     m_changed.notify_one();
 }
 

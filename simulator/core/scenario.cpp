@@ -9,6 +9,7 @@
 #include "core/json_section.h"
 #include "core/operations.h"
 #include "core/scenario_network.h"
+#include "core/scenario_recordings.h"
 
 namespace simulator {
 namespace {
@@ -216,6 +217,8 @@ Scenario ParseScenario(const std::string& json) {
     scenario.faults = ReadFaults(root);
     scenario.network = ReadNetwork(root.Object("network"));
     scenario.platform_links = ReadPlatformLinks(root.Objects("platform_links", 0, 32));
+    scenario.disks = ReadDisks(root.Objects("disks", 1, MAX_DISKS));
+    scenario.recordings = ReadRecordings(root.Object("recordings"));
     root.RefuseOtherKeys();
     return scenario;
 }

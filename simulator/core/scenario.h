@@ -86,6 +86,36 @@ struct PlatformLink {
     std::vector<LinkParameter> parameters;  ///< at most 8
 };
 
+/** One simulated disk. */
+struct DiskSettings {
+    unsigned megabytes = 0;  ///< 1000000 bytes each
+};
+
+/** When what the cameras see is recorded. */
+enum class LiveRecording {
+    Off,
+    Watched,  ///< while somebody watches: the cameras are at work then
+    Always,   ///< from the first login on
+};
+
+/** What a recorder's first start puts on its disks. */
+struct HistorySettings {
+    unsigned hours = 0;     ///< how far back it goes
+    unsigned segments = 0;  ///< recordings of a channel; 0: no history
+    unsigned seconds = 0;   ///< length of each
+    unsigned fps = 0;       ///< frames a second, main and sub stream
+    unsigned gop = 0;       ///< frames from key frame to key frame
+    unsigned width = 0;     ///< pixels; a wider main picture is made so wide, and the sub picture half of it
+    std::string until;      ///< local time of its end, "2024-07-05 12:00:00"; empty: the first start
+    unsigned listed = 0;    ///< further recordings of a channel, before these, that stand in the index alone
+};
+
+struct RecordingSettings {
+    LiveRecording live = LiveRecording::Watched;
+    unsigned file_seconds = 0;  ///< a longer recording goes on in another file
+    HistorySettings history;
+};
+
 struct Scenario {
     std::string name;
     std::string model = "Simulated recorder";
@@ -98,6 +128,8 @@ struct Scenario {
     std::vector<FaultSettings> faults;
     NetworkSettings network;
     std::vector<PlatformLink> platform_links;
+    std::vector<DiskSettings> disks;
+    RecordingSettings recordings;
 };
 
 /**

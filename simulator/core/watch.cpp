@@ -38,7 +38,7 @@ Book& TheBook() {
 }
 
 const char* NameOf(Goods goods) {
-    static const char* const names[] = {"memory", "lock", "thread", "frame", "reader", "document", "login"};
+    static const char* const names[] = {"memory", "lock", "thread", "frame", "reader", "document", "login", "inquiry"};
     return names[static_cast<int>(goods)];
 }
 

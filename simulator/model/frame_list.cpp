@@ -55,6 +55,16 @@ bool FrameList::After(vexo_user_id user, const vexo_read_av_list_note& position,
     return true;
 }
 
+std::vector<std::shared_ptr<LiveFrame>> FrameList::Since(vexo_read_av_list_note* position) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<FramePtr> frames;
+    for (FramePtr next = Next(*position); next != nullptr; next = Next(*position)) {
+        *position = {{next->header.frame_no, m_generation}};
+        frames.push_back(std::move(next));
+    }
+    return frames;
+}
+
 bool FrameList::Release(vexo_user_id user, const vexo_read_av_list_note& position) {
     std::unique_lock<std::mutex> lock(m_mutex);
     const auto found = m_holds.find({user, position.note[1], position.note[0]});

@@ -52,6 +52,12 @@ public:
     /** Takes one hand-out back; false, with a complaint, when that user does not hold that position. */
     bool Release(vexo_user_id user, const vexo_read_av_list_note& position);
 
+    /**
+     * For the recorder itself: the frames after a position, or after the oldest to begin with when that is gone; moves
+     * the position behind them. Nothing is handed out: whoever has a frame keeps it in memory.
+     */
+    std::vector<std::shared_ptr<LiveFrame>> Since(vexo_read_av_list_note* position);
+
     /** Prints a heading and the newest frames, one line each. */
     void Dump(vexo_print_func print);
 

@@ -37,9 +37,10 @@ void Blacken(AVFrame* picture) {
     }
 }
 
-std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, bool no_video) {
+std::shared_ptr<LiveFrame> NewFrame(const vexo_frame_header& header, const Moment& moment, const Packet& packet,
+                                    bool no_video) {
     auto frame = std::make_shared<LiveFrame>();
-    frame->header.magic = VEXO_FRAME_MAGIC;
+    frame->header = header;
     frame->header.seconds = static_cast<unsigned>(moment.wall_clock / 1000000);
     frame->header.microseconds = static_cast<unsigned>(moment.wall_clock % 1000000);
     frame->header.data_length = static_cast<unsigned>(packet.size);
@@ -51,6 +52,24 @@ std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, 
 }
 
 }  // namespace
+
+vexo_frame_header VideoHeader(vexo_enc_str_type type, bool key) {
+    vexo_frame_header header = {};
+    header.magic = VEXO_FRAME_MAGIC;
+    header.frame_type = FrameType(type, key);
+    header.codec = CODEC_H264;
+    return header;
+}
+
+vexo_frame_header AudioHeader() {
+    vexo_frame_header header = {};
+    header.magic = VEXO_FRAME_MAGIC;
+    header.frame_type = VEXO_FRAME_AUDIO;
+    header.codec = CODEC_ALAW;
+    const unsigned char format[4] = {AUDIO_RATE & 0xFF, 16, 1, 16};
+    memcpy(header.format, format, sizeof(format));
+    return header;
+}
 
 VideoStream::VideoStream(vexo_enc_str_type type, unsigned channel, const CameraSettings& camera, SteadyTime start,
                          FrameList* list)
@@ -95,9 +114,7 @@ bool VideoStream::Prepare(const AVFrame* scene) {
 }
 
 void VideoStream::Publish(const Moment& moment, const Packet& packet, bool no_video) {
-    auto frame = NewFrame(moment, packet, no_video);
-    frame->header.frame_type = FrameType(m_type, packet.key);
-    frame->header.codec = CODEC_H264;
+    auto frame = NewFrame(VideoHeader(m_type, packet.key), moment, packet, no_video);
     frame->header.format[0] = static_cast<unsigned char>(m_settings.fps);
     frame->header.width = static_cast<unsigned short>(m_settings.width);
     frame->header.height = static_cast<unsigned short>(m_settings.height);
@@ -118,12 +135,8 @@ void AudioStream::Put(const Moment& moment, bool no_video) {
     if (!m_encoder.Encode(samples.data(), &packet)) {
         return;
     }
-    auto frame = NewFrame(moment, packet, no_video);
+    auto frame = NewFrame(AudioHeader(), moment, packet, no_video);
     frame->key = true;
-    frame->header.frame_type = VEXO_FRAME_AUDIO;
-    frame->header.codec = CODEC_ALAW;
-    const unsigned char format[4] = {AUDIO_RATE & 0xFF, 16, 1, 16};
-    memcpy(frame->header.format, format, sizeof(format));
     m_list->Add(std::move(frame));
 }
 

@@ -16,6 +16,11 @@ struct Moment {
     int64_t wall_clock = 0;  ///< microseconds since 1970, UTC
 };
 
+/** A frame's header with what is alike in all frames of its kind: type, codec and format, but neither video's frame
+ * rate nor its size. type: VEXO_ENC_STR_MAIN or VEXO_ENC_STR_SUB. */
+vexo_frame_header VideoHeader(vexo_enc_str_type type, bool key);
+vexo_frame_header AudioHeader();
+
 /** All streams of a camera are for its thread alone. The list must outlive the stream; it is emptied at its end. */
 class VideoStream {
 public:

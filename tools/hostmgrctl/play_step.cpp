@@ -31,7 +31,9 @@ constexpr Form FORMS[] = {
 };
 
 [[noreturn]] void Refuse(const std::string& text) {
-    throw Failure(ExitCode::Usage, "\"" + text + "\" is no step: write SECONDS:" + STEP_FORMS);
+    std::string forms = STEP_FORMS;
+    std::replace(forms.begin(), forms.end(), '\n', ' ');
+    throw Failure(ExitCode::Usage, "\"" + text + "\" is no step: write SECONDS:" + forms);
 }
 
 long Whole(const std::string& text, const std::string& value, long least, long most) {

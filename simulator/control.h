@@ -23,6 +23,25 @@ void SetSignal(unsigned channel, bool present);
 bool HasSignal(unsigned channel);
 
 /**
+ * Begins an event or ends it: "motion", "video loss", "shelter", "disk full", "disk error", "network lost", "address
+ * conflict", "input", "camera input". number: channel, disk or input, counted from 1; 0 for a network event. Ending one
+ * that the scenario planned ends its present turn. Throws std::invalid_argument for a kind or number that is not there.
+ */
+void SetEvent(const std::string& kind, unsigned number, bool present);
+
+/** Puts an entry of any class into the event table, or takes it out: bytes 0 and 1, words at bytes 80 and 84. */
+void SetRawEvent(unsigned char event_class, unsigned char sub_type, unsigned channel, unsigned input, bool present);
+
+/** What is the case now, in the order of its beginning, such as "motion, channel 2". */
+std::vector<std::string> Events();
+
+/**
+ * Lets the recorder's own clock go forward at once: planned events, moving cameras, a reboot. Pictures and sound keep
+ * their pace. Throws std::invalid_argument for a negative time.
+ */
+void SkipTime(double seconds);
+
+/**
  * Everything the guest has taken and not given back, what serves to the end of the process included; one line each,
  * sorted, such as "memory: user 97, purpose 0x80002, 7680 bytes" or "lock: vexo_hostmgr_lv, user 97".
  */

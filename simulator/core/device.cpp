@@ -26,6 +26,7 @@ vexo_dev_capability MakeCapability(const Scenario& scenario) {
     FillIdentity(scenario.seed, capability.identity);
     capability.analog_channels = static_cast<unsigned>(scenario.cameras.size());
     capability.total_channels = capability.analog_channels;
+    capability.alarm_inputs = scenario.alarm_inputs;
     sscanf(scenario.version.c_str(), "%u.%u", &capability.software_major, &capability.software_minor);
     snprintf(capability.build_date, sizeof capability.build_date, "%s", scenario.build_date.c_str());
     capability.hardware_major = 1;

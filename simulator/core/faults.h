@@ -6,7 +6,7 @@ namespace simulator {
 
 /**
  * Counts one use of an operation and says whether this one shall fail. Every platform operation that can fail asks
- * first, by its name, once a use. May be called from any thread; costs one atomic read while no fault is on order.
+ * first, by its name, once a use. Without power (power.h) the model library's fail, uncounted. May be called from any thread; costs one atomic read while no fault is on order.
  */
 bool ShallFail(const char* operation);
 

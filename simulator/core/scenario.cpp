@@ -8,6 +8,7 @@
 
 #include "core/json_section.h"
 #include "core/operations.h"
+#include "core/scenario_device.h"
 #include "core/scenario_network.h"
 #include "core/scenario_recordings.h"
 
@@ -18,6 +19,8 @@ constexpr unsigned MAX_CHANNELS = 256;
 constexpr unsigned USUAL_CHANNELS = 4;
 constexpr size_t MAX_USERS = 128;
 constexpr size_t MAX_FAULTS = 1000;
+constexpr size_t MAX_EVENTS = 1000;
+constexpr unsigned USUAL_INPUTS = 4;
 constexpr size_t NAME_BYTES = 63;  ///< what the platform's name fields hold
 constexpr size_t PATH_BYTES = 4095;
 constexpr unsigned MOST = 0xFFFFFFFF;
@@ -193,6 +196,7 @@ void CheckFramesKept(const Scenario& scenario, const JsonSection& root) {
     for (const CameraSettings& camera : scenario.cameras) {
         longest = std::max({longest, camera.main.gop, camera.sub.gop});
     }
+    longest = std::max(longest, scenario.zero_channel.gop);
     if (scenario.frames_kept < longest) {
         root.Refuse("frames_kept", std::to_string(scenario.frames_kept) + " is less than the longest gop, " +
                                        std::to_string(longest) + ": a live list must hold a key frame, raise it");
@@ -212,9 +216,14 @@ Scenario ParseScenario(const std::string& json) {
     scenario.seed = root.Whole("seed", 1, {0, MOST, "any number"});
     scenario.frames_kept = root.Whole("frames_kept", 100, FRAMES_KEPT);
     scenario.cameras = ReadCameras(root);
-    CheckFramesKept(scenario, root);
     scenario.users = ReadUsers(root, scenario.cameras.size());
     scenario.faults = ReadFaults(root);
+    scenario.alarm_inputs = root.Whole("alarm_inputs", USUAL_INPUTS, {0, 64, "alarm inputs"});
+    scenario.events = ReadEvents(root.Objects("events", 0, MAX_EVENTS), scenario);
+    scenario.talk = ReadTalk(root.Object("talk"));
+    scenario.zero_channel = ReadZeroChannel(root.Object("zero_channel"));
+    CheckFramesKept(scenario, root);
+    scenario.reboot_seconds = root.Whole("reboot_seconds", 5, {0, 600, "seconds"});
     scenario.network = ReadNetwork(root.Object("network"));
     scenario.platform_links = ReadPlatformLinks(root.Objects("platform_links", 0, 32));
     scenario.disks = ReadDisks(root.Objects("disks", 1, MAX_DISKS));

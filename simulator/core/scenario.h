@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "core/events.h"
+
 namespace simulator {
 
 /** One encoded stream of a camera. */
@@ -38,6 +40,22 @@ struct FaultSettings {
     std::string operation;  ///< such as "vexo_model_login"
     unsigned nth = 1;       ///< the use that fails first, counted from 1
     unsigned times = 1;     ///< how many uses fail from there on
+};
+
+/** One event by plan. */
+struct EventSettings {
+    EventKind kind;
+    unsigned number = 0;  ///< channel, disk or input, counted from 1; 0 for a kind without a number
+    double at = 0;        ///< seconds from the start of the recorder to the first turn
+    double lasts = 0;     ///< seconds that a turn lasts; 0: it does not end
+    double every = 0;     ///< seconds from turn to turn; 0: there is one
+};
+
+/** What the recorder's microphone hears, for talk with the recorder itself. */
+struct TalkSettings {
+    std::string source;  ///< "tone", or the path of a sound file to play in a loop
+    unsigned hz = 0;     ///< pitch of the tone; 0: silence
+    double level = 0;    ///< amplitude of the tone, 0 to 1 of full scale
 };
 
 /** One Ethernet interface. */
@@ -126,6 +144,11 @@ struct Scenario {
     std::vector<CameraSettings> cameras;
     std::vector<UserSettings> users;  ///< one of them is "admin"
     std::vector<FaultSettings> faults;
+    std::vector<EventSettings> events;
+    unsigned alarm_inputs = 0;    ///< of the recorder itself
+    TalkSettings talk;
+    VideoSettings zero_channel;   ///< the picture of several channels in one
+    unsigned reboot_seconds = 0;  ///< how long a reboot takes
     NetworkSettings network;
     std::vector<PlatformLink> platform_links;
     std::vector<DiskSettings> disks;

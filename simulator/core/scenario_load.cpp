@@ -26,25 +26,29 @@ std::string ReadFile(const std::string& path) {
     return text;
 }
 
-/** A camera's video file is looked for from the scenario file's folder, and must be there. */
-void FindCameraFiles(const std::string& scenario_path, Scenario& scenario) {
-    for (size_t i = 0; i < scenario.cameras.size(); ++i) {
-        std::string& source = scenario.cameras[i].source;
-        if (source == "scene") {
-            continue;
-        }
-        source = (std::filesystem::path(scenario_path).parent_path() / source).string();
-        if (!std::ifstream(source)) {
-            throw std::runtime_error("cameras[" + std::to_string(i) + "].source: cannot read " + source +
-                                     ", give \"scene\" or the path of a video file, from the scenario file's folder");
-        }
+/** A media file is looked for from the scenario file's folder, and must be there. word: what stands for no file. */
+void FindFile(const std::string& scenario_path, const std::string& key, const std::string& word, std::string& source) {
+    if (source == word) {
+        return;
     }
+    source = (std::filesystem::path(scenario_path).parent_path() / source).string();
+    if (!std::ifstream(source)) {
+        throw std::runtime_error(key + ": cannot read " + source + ", give \"" + word +
+                                 "\" or the path of a file, from the scenario file's folder");
+    }
+}
+
+void FindMediaFiles(const std::string& scenario_path, Scenario& scenario) {
+    for (size_t i = 0; i < scenario.cameras.size(); ++i) {
+        FindFile(scenario_path, "cameras[" + std::to_string(i) + "].source", "scene", scenario.cameras[i].source);
+    }
+    FindFile(scenario_path, "talk.source", "tone", scenario.talk.source);
 }
 
 Scenario LoadFile(const std::string& path) {
     try {
         Scenario scenario = ParseScenario(ReadFile(path));
-        FindCameraFiles(path, scenario);
+        FindMediaFiles(path, scenario);
         return scenario;
     } catch (const std::runtime_error& error) {
         EndWithMessage("scenario " + path + ": " + error.what());

@@ -38,7 +38,8 @@ Book& TheBook() {
 }
 
 const char* NameOf(Goods goods) {
-    static const char* const names[] = {"memory", "lock", "thread", "frame", "reader", "document", "login", "inquiry"};
+    static const char* const names[] = {"memory",   "lock",  "thread", "frame",  "reader",
+                                        "document", "login", "talk",   "inquiry"};
     return names[static_cast<int>(goods)];
 }
 

@@ -8,7 +8,7 @@
 namespace simulator {
 
 /** What can be taken. */
-enum class Goods { Memory, Lock, Thread, Frame, Reader, Document, Login, Inquiry };
+enum class Goods { Memory, Lock, Thread, Frame, Reader, Document, Login, Talk, Inquiry };
 
 /**
  * Books one thing as taken, under its address or number; label says which one it is for a person ("user 97, purpose

@@ -14,7 +14,7 @@ constexpr int64_t SECOND = 1000000;  // microseconds
 
 constexpr const char* TABLES = R"sql(
     PRAGMA journal_mode = WAL;
-    PRAGMA synchronous = NORMAL;
+    PRAGMA synchronous = OFF;
     CREATE TABLE IF NOT EXISTS files (number INTEGER PRIMARY KEY AUTOINCREMENT, channel INTEGER NOT NULL,
         start INTEGER NOT NULL, stop INTEGER NOT NULL, type INTEGER NOT NULL, disk INTEGER NOT NULL,
         bytes INTEGER NOT NULL);
@@ -23,7 +23,9 @@ constexpr const char* TABLES = R"sql(
     CREATE TABLE IF NOT EXISTS notes (name TEXT PRIMARY KEY, text TEXT NOT NULL);
 )sql";
 
-constexpr const char* COLUMNS = "SELECT number, channel, start, stop, type, disk, bytes FROM files ";
+const std::string SELECT = "SELECT number, channel, start, stop, type, disk, bytes FROM files ";
+
+constexpr const char* INSERT = "INSERT INTO files (channel, start, stop, type, disk, bytes) VALUES (?, ?, ?, ?, ?, 0)";
 
 RecordedFile RowOf(Statement& row) {
     return {row.Number(0), static_cast<unsigned>(row.Number(1)), row.Number(2),
@@ -63,17 +65,12 @@ std::string Archive::PathOf(const RecordedFile& file) const {
     return m_home + name;
 }
 
-std::optional<std::string> Archive::Begin(RecordedFile* file, int64_t bytes) {
+std::optional<std::string> Archive::Begin(RecordedFile* file) {
     std::lock_guard<std::mutex> lock(m_mutex);
     file->disk = PickDisk();
-    if (bytes > m_disks[file->disk - 1].megabytes * MEGABYTE) {
-        return std::nullopt;
-    }
-    MakeRoom(file->disk, bytes, 0);
-    Statement insert =
-        m_database.Prepare("INSERT INTO files (channel, start, stop, type, disk, bytes) VALUES (?, ?, ?, ?, ?, ?)");
+    Statement insert = m_database.Prepare(INSERT);
     insert.Bind(int64_t{file->channel}).Bind(file->start).Bind(file->stop).Bind(int64_t{file->type});
-    if (!insert.Bind(int64_t{file->disk}).Bind(bytes).Run()) {
+    if (!insert.Bind(int64_t{file->disk}).Run()) {
         return std::nullopt;
     }
     file->number = m_database.LastNumber();
@@ -87,7 +84,7 @@ void Archive::Update(const RecordedFile& file) {
     std::lock_guard<std::mutex> lock(m_mutex);
     Statement update = m_database.Prepare("UPDATE files SET stop = ?, bytes = ? WHERE number = ?");
     update.Bind(file.stop).Bind(file.bytes).Bind(file.number).Run();
-    MakeRoom(file.disk, 0, file.number);
+    MakeRoom(file);
 }
 
 void Archive::Remove(const RecordedFile& file) {
@@ -120,19 +117,21 @@ int64_t Archive::Used(unsigned disk) {
     return UsedLocked(disk);
 }
 
+int64_t Archive::LargestFile(unsigned disk) const {
+    return m_disks[disk - 1].megabytes * MEGABYTE / 8;
+}
+
 int64_t Archive::UsedLocked(unsigned disk) {
     Statement sum = m_database.Prepare("SELECT total(bytes) FROM files WHERE disk = ?");
     return sum.Bind(int64_t{disk}).Next() ? sum.Number(0) : 0;
 }
 
-// The oldest go first; spare is the file that is being written.
-void Archive::MakeRoom(unsigned disk, int64_t bytes, int64_t spare) {
-    int64_t excess = UsedLocked(disk) + bytes - m_disks[disk - 1].megabytes * MEGABYTE;
+void Archive::MakeRoom(const RecordedFile& growing) {
+    int64_t excess = UsedLocked(growing.disk) - m_disks[growing.disk - 1].megabytes * MEGABYTE;
     while (excess > 0) {
-        Statement oldest = m_database.Prepare(
-            "SELECT number, channel, start, stop, type, disk, bytes FROM files "
-            "WHERE disk = ? AND number <> ? AND bytes > 0 ORDER BY start LIMIT 1");
-        if (!oldest.Bind(int64_t{disk}).Bind(spare).Next()) {
+        Statement oldest =
+            m_database.Prepare(SELECT + "WHERE disk = ? AND number <> ? AND bytes > 0 ORDER BY start LIMIT 1");
+        if (!oldest.Bind(int64_t{growing.disk}).Bind(growing.number).Next()) {
             return;
         }
         const RecordedFile file = RowOf(oldest);
@@ -144,15 +143,26 @@ void Archive::MakeRoom(unsigned disk, int64_t bytes, int64_t spare) {
 std::vector<RecordedFile> Archive::Find(const Search& search) {
     std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<RecordedFile> files;
-    const std::string types = search.all_types ? "(type & ?) = " + std::to_string(search.types) : "(type & ?) <> 0";
-    const std::string sql =
-        COLUMNS + ("WHERE channel = ? AND start <= ? AND stop >= ? AND " + types) + " ORDER BY start, number";
-    Statement found = m_database.Prepare(sql.c_str());
+    const std::string types = search.all_types ? "(type & ?4) = ?4" : "(type & ?4) <> 0";
+    Statement found = m_database.Prepare(SELECT + "WHERE channel = ?1 AND start <= ?2 AND stop > ?3 AND " + types +
+                                         " ORDER BY start, number");
     found.Bind(int64_t{search.channel}).Bind(search.to).Bind(search.from).Bind(int64_t{search.types});
     while (found.Next()) {
         files.push_back(RowOf(found));
     }
     return files;
+}
+
+void Archive::RemoveBetween(int64_t from, int64_t to) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<RecordedFile> files;
+    Statement found = m_database.Prepare(SELECT + "WHERE start >= ? AND stop <= ?");
+    for (found.Bind(from).Bind(to); found.Next();) {
+        files.push_back(RowOf(found));
+    }
+    for (const RecordedFile& file : files) {
+        RemoveLocked(file);
+    }
 }
 
 std::optional<int64_t> Archive::Oldest() {
@@ -167,9 +177,14 @@ void Archive::EnterListed(unsigned channel, unsigned count, int64_t end) {
     Statement insert =
         m_database.Prepare("INSERT INTO files (channel, start, stop, type, disk, bytes) VALUES (?, ?, ?, ?, 1, 0)");
     for (unsigned i = 0; i < count; ++i) {
-        const int64_t start = end - int64_t{count - i} * 60 * SECOND;
+        const int64_t start = end - (count - i) * LISTED_LENGTH;
         const unsigned type = i % 7 + 1;  // every combination of the three bits
-        insert.Bind(int64_t{channel}).Bind(start).Bind(start + 60 * SECOND).Bind(int64_t{type}).Run();
+        insert.Bind(int64_t{channel})
+            .Bind(start)
+            .Bind(start + LISTED_LENGTH)
+            .Bind(int64_t{type})
+            .Bind(int64_t{1})
+            .Run();
     }
     m_database.Run("COMMIT");
 }

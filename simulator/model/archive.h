@@ -18,6 +18,9 @@ constexpr unsigned RECORD_SCHEDULE = 1;
 constexpr unsigned RECORD_MOTION = 2;
 constexpr unsigned RECORD_ALARM = 4;
 
+/** Length of a recording that stands in the index alone, microseconds. */
+constexpr int64_t LISTED_LENGTH = 60000000;
+
 /** A row of the index. Times are microseconds since 1970. */
 struct RecordedFile {
     int64_t number = 0;    ///< the file's own, from 1 on; a number does not come again
@@ -51,17 +54,18 @@ public:
 
     bool Works() const { return m_database.Works(); }
 
-    /**
-     * Enters a new file and makes its folder and room for so many bytes: the oldest files of a full disk go. Sets
-     * number and disk of *file; nothing when the disks are too small.
-     */
-    std::optional<std::string> Begin(RecordedFile* file, int64_t bytes);
+    /** Enters a new file, of no bytes yet, on the disk that has most room; sets its number and disk. The place to write
+     * it at, in a folder that exists; nothing when it cannot be entered. */
+    std::optional<std::string> Begin(RecordedFile* file);
 
-    /** Enters a file's stop and bytes anew; frees room when its disk is full. */
+    /** Enters a file's stop and bytes anew. When its disk is full, the oldest of its other files go. */
     void Update(const RecordedFile& file);
 
     /** Takes a file out of the index and off its disk. */
     void Remove(const RecordedFile& file);
+
+    /** Takes out all files that lie between two moments, of every channel. */
+    void RemoveBetween(int64_t from, int64_t to);
 
     /** What is there, by time. */
     std::vector<RecordedFile> Find(const Search& search);
@@ -72,7 +76,7 @@ public:
     /** The start of the oldest file there is, or nothing. */
     std::optional<int64_t> Oldest();
 
-    /** Enters files of a channel that have no pictures, one a minute, the last one ending then. */
+    /** Enters files of a channel that have no pictures, one after the other, the last one ending then. */
     void EnterListed(unsigned channel, unsigned count, int64_t end);
 
     /** A note that outlasts the process; an empty text when there is none of that name. */
@@ -82,10 +86,13 @@ public:
     /** Bytes recorded on a disk, counted from 1. */
     int64_t Used(unsigned disk);
 
+    /** A recording that has grown beyond so many bytes goes on in another file, so that a full disk can give room. */
+    int64_t LargestFile(unsigned disk) const;
+
 private:
     unsigned PickDisk();
     int64_t UsedLocked(unsigned disk);
-    void MakeRoom(unsigned disk, int64_t bytes, int64_t spare);
+    void MakeRoom(const RecordedFile& growing);
     void RemoveLocked(const RecordedFile& file);
 
     const std::string m_home;

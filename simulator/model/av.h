@@ -8,6 +8,7 @@ extern "C" {
 #include <libavfilter/avfilter.h>
 #include <libavformat/avformat.h>
 #include <libavutil/frame.h>
+#include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
 }
 
@@ -23,6 +24,7 @@ struct AvRelease {
     void operator()(AVFormatContext* file) const { avformat_close_input(&file); }
     void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
     void operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
+    void operator()(SwrContext* resampler) const { swr_free(&resampler); }
 };
 
 /** Owner of one object of the FFmpeg libraries. */

@@ -6,6 +6,8 @@
 #include <system_error>
 
 #include "control.h"
+#include "core/power.h"
+#include "ptz.h"
 
 namespace simulator {
 namespace {
@@ -73,11 +75,6 @@ void Camera::Want(vexo_enc_str_type type) {
     }
 }
 
-void Camera::Look(const View& view) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_view = view;
-}
-
 void Camera::Close() {
     std::thread thread;
     {
@@ -112,15 +109,14 @@ void Camera::Run() {
     pthread_setname_np(pthread_self(), ("camera " + std::to_string(m_channel)).c_str());
     do {
         CameraWork work(m_channel, m_settings, m_seed, &m_lists);
-        View view;
-        while (Next(&work, &view)) {
-            work.Work(view);
+        while (Next(&work)) {
+            work.Work(ViewOf(m_channel - 1));
         }
     } while (!Retire());
 }
 
 // Waits until something is due; false when nothing is wanted any more. Streams are opened and closed outside the lock.
-bool Camera::Next(CameraWork* work, View* view) {
+bool Camera::Next(CameraWork* work) {
     std::unique_lock<std::mutex> lock(m_mutex);
     Demand demand;
     do {
@@ -129,7 +125,6 @@ bool Camera::Next(CameraWork* work, View* view) {
         work->Adjust(demand);
         lock.lock();
     } while (demand.Any() && m_changed.wait_until(lock, work->Due(), [&] { return !(DemandNow() == demand); }));
-    *view = m_view;
     return demand.Any();
 }
 
@@ -146,7 +141,7 @@ bool Camera::Retire() {
 
 // Under the lock.
 Demand Camera::DemandNow() const {
-    const SteadyTime now = m_closed ? SteadyTime::max() : steady_clock::now();
+    const SteadyTime now = m_closed || !IsRunning() ? SteadyTime::max() : steady_clock::now();
     return {now < m_main_until, now < m_sub_until, now < m_audio_until};
 }
 

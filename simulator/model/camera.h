@@ -29,9 +29,6 @@ public:
     /** Somebody reads that stream: it is encoded from now until LINGER after the last reading. */
     void Want(vexo_enc_str_type type);
 
-    /** Turns the camera. */
-    void Look(const View& view);
-
     /** Ends the work for good and waits for it; for the process's end. */
     void Close();
 
@@ -39,7 +36,7 @@ private:
     SteadyTime* UntilOf(vexo_enc_str_type type);
     void Start();
     void Run();
-    bool Next(CameraWork* work, View* view);
+    bool Next(CameraWork* work);
     bool Retire();
     Demand DemandNow() const;
 
@@ -55,7 +52,6 @@ private:
     SteadyTime m_main_until;  // each stream is wanted until then
     SteadyTime m_sub_until;
     SteadyTime m_audio_until;
-    View m_view;
 };
 
 }  // namespace simulator

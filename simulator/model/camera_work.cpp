@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "control.h"
+#include "core/events.h"
 
 namespace simulator {
 namespace {
@@ -89,7 +90,11 @@ const AVFrame* CameraWork::SceneAt(const Moment& moment, const View& view) {
         return nullptr;
     }
     if (m_scene_due != moment.due) {
-        m_seen = m_source->Draw(moment.wall_clock, view, *m_scene);
+        const bool seen = m_source->Draw(moment.wall_clock, view, *m_scene);
+        if (seen != m_seen) {
+            ReportSeen(m_channel, seen);
+        }
+        m_seen = seen;
         m_scene_due = moment.due;
     }
     return m_seen ? m_scene.get() : nullptr;

@@ -103,15 +103,15 @@ void ClipFile::Enter(const AVStream& stream, const AVPacket& packet, int64_t sta
 
 vexo_frame_header ClipFile::HeaderOf(const ClipFrame& entry) const {
     const TrackInfo& track = m_tracks[entry.track];
-    vexo_frame_header header =
-        entry.track == TRACK_AUDIO
-            ? AudioHeader()
-            : VideoHeader(entry.track == TRACK_MAIN ? VEXO_ENC_STR_MAIN : VEXO_ENC_STR_SUB, entry.key);
+    vexo_frame_header header = {};
     header.frame_no = entry.number;
     header.seconds = static_cast<unsigned>(entry.time / MICROSECONDS.den);
     header.microseconds = static_cast<unsigned>(entry.time % MICROSECONDS.den);
     header.data_length = entry.size;
-    if (entry.track != TRACK_AUDIO) {
+    if (entry.track == TRACK_AUDIO) {
+        MarkAudio(&header);
+    } else {
+        MarkVideo(entry.track == TRACK_MAIN ? VEXO_ENC_STR_MAIN : VEXO_ENC_STR_SUB, entry.key, &header);
         const int64_t step = std::max<int64_t>(1, track.shortest_step);
         header.format[0] = static_cast<unsigned char>(
             track.shortest_step == 0 ? 1 : std::min<int64_t>(255, (MICROSECONDS.den + step / 2) / step));

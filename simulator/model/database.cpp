@@ -69,10 +69,10 @@ bool Database::Run(const char* statements) {
     return false;
 }
 
-Statement Database::Prepare(const char* statement) {
+Statement Database::Prepare(const std::string& statement) {
     sqlite3_stmt* prepared = nullptr;
     if (m_connection == nullptr ||
-        sqlite3_prepare_v2(m_connection.get(), statement, -1, &prepared, nullptr) != SQLITE_OK) {
+        sqlite3_prepare_v2(m_connection.get(), statement.c_str(), -1, &prepared, nullptr) != SQLITE_OK) {
         TellTrouble(m_connection.get(), statement);
     }
     return Statement(prepared);

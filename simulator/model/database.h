@@ -44,7 +44,7 @@ public:
 
     /** Runs statements that need no values; false when one failed. */
     bool Run(const char* statements);
-    Statement Prepare(const char* statement);
+    Statement Prepare(const std::string& statement);
     int64_t LastNumber() const { return sqlite3_last_insert_rowid(m_connection.get()); }
 
 private:

@@ -85,7 +85,7 @@ void FileReader::Place() {
         m_file = first - m_files.begin();
     }
     m_placed = true;
-    if (m_clip_file == m_file) {
+    if (m_clip != nullptr && m_clip_file == m_file) {
         PlaceInFile();
     }
 }

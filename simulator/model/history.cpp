@@ -1,181 +1,85 @@
 #include "history.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <mutex>
 #include <random>
 #include <thread>
 
-#include "mov_writer.h"
-#include "picture_source.h"
-#include "stream.h"
+#include "av.h"
+#include "history_maker.h"
 
 namespace simulator {
 namespace {
 
 constexpr int64_t SECOND = 1000000;  // microseconds
-constexpr int64_t AUDIO_STEP = SECOND / AUDIO_BLOCKS;
-constexpr int64_t FILM_STEP =
-    40000;  // a video file goes on so far from key frame to key frame: decoding all takes long
 constexpr unsigned TYPES[] = {RECORD_SCHEDULE, RECORD_MOTION, RECORD_ALARM, RECORD_MOTION | RECORD_ALARM};
-constexpr double BITS_A_PIXEL = 0.2;
-constexpr unsigned LEAST_KBPS = 48;
-constexpr const char* NOTE = "history";
+constexpr const char* NOTE = "history";  // what the archive says of it: nothing, "making FROM TO", "made"
 constexpr const char* MADE = "made";
 
-VideoSettings HistoryVideo(const VideoSettings& live, const HistorySettings& settings, unsigned widest) {
-    VideoSettings video = live;
-    if (video.width > widest) {
-        video.height = std::max(64U, video.height * widest / video.width / 2 * 2);
-        video.width = widest;
-    }
-    video.fps = settings.fps;
-    video.gop = settings.gop;
-    video.kbps =
-        std::max(LEAST_KBPS, static_cast<unsigned>(video.width * video.height * video.fps * BITS_A_PIXEL / 1000));
-    return video;
+bool Quiet() {
+    const char* quiet = getenv("RECORDER_QUIET");
+    return quiet != nullptr && strcmp(quiet, "1") == 0;
 }
 
-CameraSettings HistoryCamera(const CameraSettings& live, const HistorySettings& settings) {
-    CameraSettings camera = live;
-    camera.main = HistoryVideo(live.main, settings, settings.width);
-    camera.sub = HistoryVideo(live.sub, settings, std::max(64U, settings.width / 4 * 2));
-    return camera;
-}
-
-// A list of one frame: what a stream has just made.
-class Latest {
+/** Tells a person how far it is: at the beginning and at the end, on a terminal also in between. */
+class Progress {
 public:
-    explicit Latest(const char* name) : m_list(name, 1) {}
-    FrameList* List() { return &m_list; }
-    std::shared_ptr<LiveFrame> Take() {
-        auto frames = m_list.Since(&m_position);
-        return frames.empty() ? nullptr : frames.back();
+    explicit Progress(size_t count) : m_count(count), m_silent(Quiet() || count == 0) {
+        if (!m_silent) {
+            Tell("first start: making a history of " + std::to_string(count) + " recordings");
+        }
+    }
+
+    void Step() {
+        const size_t done = ++m_done;
+        if (!m_silent && isatty(STDERR_FILENO) != 0) {
+            fprintf(stderr, "[simulated recorder] %zu of %zu%s", done, m_count, done < m_count ? "\r" : "\n");
+        }
+    }
+
+    void End() const {
+        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - m_begun;
+        char text[64];
+        snprintf(text, sizeof(text), "the history is made, in %.1f seconds", took.count());
+        if (!m_silent) {
+            Tell(text);
+        }
     }
 
 private:
-    FrameList m_list;
-    vexo_read_av_list_note m_position = {};
+    const size_t m_count;
+    const bool m_silent;
+    const std::chrono::steady_clock::time_point m_begun = std::chrono::steady_clock::now();
+    std::atomic<size_t> m_done{0};
 };
 
-// One recording in the making: the camera's streams, run as fast as they go.
-class SegmentMaker {
+/** Other processes with the same home wait here; the lock goes with the process, whatever happens to it. */
+class HomeLock {
 public:
-    SegmentMaker(unsigned channel, const CameraSettings& camera, PictureSource* source, AVFrame* scene)
-        : m_camera(camera),
-          m_source(source),
-          m_scene(scene),
-          m_main(VEXO_ENC_STR_MAIN, channel, camera, {}, m_main_latest.List()),
-          m_sub(VEXO_ENC_STR_SUB, channel, camera, {}, m_sub_latest.List()),
-          m_audio(camera, {}, m_audio_latest.List()) {}
-
-    /** The bytes written; 0: it failed. */
-    int64_t Make(const std::string& path, const HistorySegment& segment);
+    HomeLock() : m_file(open((HomeFolder() + "/recordings.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+        flock(m_file, LOCK_EX);
+    }
+    ~HomeLock() { close(m_file); }
+    HomeLock(const HomeLock&) = delete;
+    HomeLock& operator=(const HomeLock&) = delete;
 
 private:
-    void PutVideo(int64_t moment, unsigned number);
-    bool PutAudio(int64_t moment, MovWriter* writer);
-
-    const CameraSettings& m_camera;
-    PictureSource* const m_source;
-    AVFrame* const m_scene;
-    Latest m_main_latest{"main"};
-    Latest m_sub_latest{"sub"};
-    Latest m_audio_latest{"audio"};
-    VideoStream m_main;
-    VideoStream m_sub;
-    AudioStream m_audio;
-    bool m_seen = false;
+    const int m_file;
 };
 
-// The scene stands still from key frame to key frame; clock and stamp go on in every picture.
-void SegmentMaker::PutVideo(int64_t moment, unsigned number) {
-    if (number % m_camera.main.gop == 0) {
-        const int64_t at = m_camera.source == "scene" ? moment : int64_t{number / m_camera.main.gop} * FILM_STEP;
-        m_seen = m_source->Draw(at, {}, *m_scene);
-    }
-    m_main.Put({{}, moment}, m_seen ? m_scene : nullptr);
-    m_sub.Put({{}, moment}, m_seen ? m_scene : nullptr);
+int64_t BeginOf(const HistorySettings& settings, int64_t end) {
+    return end - settings.hours * 3600 * SECOND;
 }
-
-bool SegmentMaker::PutAudio(int64_t moment, MovWriter* writer) {
-    m_audio.Put({{}, moment}, !m_seen);
-    const auto frame = m_audio_latest.Take();
-    return frame != nullptr && writer->Write(*frame);
-}
-
-int64_t SegmentMaker::Make(const std::string& path, const HistorySegment& segment) {
-    std::unique_ptr<MovWriter> writer;
-    int64_t sound = segment.start;
-    const unsigned pictures = static_cast<unsigned>((segment.stop - segment.start) / SECOND * m_camera.main.fps);
-    for (unsigned number = 0; number < pictures; ++number) {
-        const int64_t moment = segment.start + number * SECOND / m_camera.main.fps;
-        PutVideo(moment, number);
-        const auto main = m_main_latest.Take();
-        const auto sub = m_sub_latest.Take();
-        if (main == nullptr || sub == nullptr) {
-            return 0;
-        }
-        if (writer == nullptr) {
-            LiveFrame audio;
-            audio.header = AudioHeader();
-            writer = std::make_unique<MovWriter>(path, segment.start,
-                                                 std::vector<const LiveFrame*>{main.get(), sub.get(), &audio});
-        }
-        if (!writer->Write(*main) || !writer->Write(*sub)) {
-            return 0;
-        }
-        const int64_t next = segment.start + (number + 1) * SECOND / m_camera.main.fps;
-        for (; sound < next; sound += AUDIO_STEP) {
-            if (!PutAudio(sound, writer.get())) {
-                return 0;
-            }
-        }
-    }
-    writer.reset();
-    std::error_code error;
-    const auto bytes = std::filesystem::file_size(path, error);
-    return error ? 0 : static_cast<int64_t>(bytes);
-}
-
-// What one channel's history is made of; for one thread.
-class ChannelHistory {
-public:
-    ChannelHistory(Archive* archive, unsigned channel)
-        : m_archive(archive),
-          m_channel(channel),
-          m_camera(HistoryCamera(TheScenario().cameras[channel - 1], TheScenario().recordings.history)),
-          m_source(OpenSource(m_camera, TheScenario().seed, channel)),
-          m_scene(NewPicture(static_cast<int>(m_camera.main.width), static_cast<int>(m_camera.main.height))) {}
-
-    bool Make(const HistorySegment& segment) {
-        RecordedFile file = {0, m_channel, segment.start, segment.stop, segment.type, 0, 0};
-        const auto path = m_archive->Begin(&file, 0);
-        if (!path || m_scene == nullptr) {
-            return false;
-        }
-        SegmentMaker maker(m_channel, m_camera, m_source.get(), m_scene.get());
-        file.bytes = maker.Make(*path, segment);
-        if (file.bytes == 0) {
-            m_archive->Remove(file);
-            return false;
-        }
-        m_archive->Update(file);
-        return true;
-    }
-
-private:
-    Archive* const m_archive;
-    const unsigned m_channel;
-    const CameraSettings m_camera;
-    const std::unique_ptr<PictureSource> m_source;
-    const Av<AVFrame> m_scene;
-};
 
 int64_t EndOf(const HistorySettings& settings, Archive* archive) {
     time_t end = time(nullptr) / 60 * 60;
@@ -189,28 +93,29 @@ int64_t EndOf(const HistorySettings& settings, Archive* archive) {
     return oldest ? std::min(end * SECOND, *oldest / (60 * SECOND) * 60 * SECOND) : end * SECOND;
 }
 
-void MakeChannel(Archive* archive, unsigned channel, int64_t end) {
-    const HistorySettings& settings = TheScenario().recordings.history;
-    const std::vector<HistorySegment> plan = PlanHistory(settings, TheScenario().seed, channel, end);
+void MakeChannel(Archive* archive, unsigned channel, int64_t end, Progress* progress) {
+    const Scenario& scenario = TheScenario();
+    const HistorySettings& settings = scenario.recordings.history;
     if (settings.listed > 0) {
-        archive->EnterListed(channel, settings.listed, end - settings.hours * 3600 * SECOND);
+        archive->EnterListed(channel, settings.listed, BeginOf(settings, end));
     }
-    if (plan.empty()) {
+    if (settings.segments == 0) {
         return;
     }
-    ChannelHistory history(archive, channel);
-    for (const HistorySegment& segment : plan) {
-        history.Make(segment);
+    HistoryMaker maker(archive, channel, scenario.cameras[channel - 1], settings, scenario.seed);
+    for (const HistorySegment& segment : PlanHistory(settings, scenario.seed, channel, end)) {
+        maker.Make(segment);
+        progress->Step();
     }
 }
 
 // As many threads as there are processors share the channels.
-void MakeChannels(Archive* archive, int64_t end) {
+void MakeChannels(Archive* archive, int64_t end, Progress* progress) {
     const unsigned channels = static_cast<unsigned>(TheScenario().cameras.size());
     std::atomic<unsigned> next{1};
     const auto work = [&] {
         for (unsigned channel = next++; channel <= channels; channel = next++) {
-            MakeChannel(archive, channel, end);
+            MakeChannel(archive, channel, end, progress);
         }
     };
     std::vector<std::thread> others;
@@ -223,26 +128,21 @@ void MakeChannels(Archive* archive, int64_t end) {
     }
 }
 
-bool Quiet() {
-    const char* quiet = getenv("RECORDER_QUIET");
-    return quiet != nullptr && strcmp(quiet, "1") == 0;
-}
-
-void MakeHistory(Archive* archive) {
-    const auto begun = std::chrono::steady_clock::now();
+// What an interrupted first start has left is taken out first.
+void MakeHistory(Archive* archive, const std::string& note) {
     const HistorySettings& settings = TheScenario().recordings.history;
-    const size_t count = TheScenario().cameras.size() * settings.segments;
-    if (!Quiet() && count > 0) {
-        Tell("first start: making a history of " + std::to_string(count) + " recordings ...");
+    long long from = 0;
+    long long to = 0;
+    if (sscanf(note.c_str(), "making %lld %lld", &from, &to) == 2) {
+        archive->RemoveBetween(from, to);
     }
-    MakeChannels(archive, EndOf(settings, archive));
+    const int64_t end = EndOf(settings, archive);
+    const int64_t begin = BeginOf(settings, end) - settings.listed * LISTED_LENGTH;
+    archive->SetNote(NOTE, "making " + std::to_string(begin) + " " + std::to_string(end));
+    Progress progress(TheScenario().cameras.size() * settings.segments);
+    MakeChannels(archive, end, &progress);
     archive->SetNote(NOTE, MADE);
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begun;
-    if (!Quiet() && count > 0) {
-        char text[64];
-        snprintf(text, sizeof(text), "the history is made, in %.1f seconds", took.count());
-        Tell(text);
-    }
+    progress.End();
 }
 
 }  // namespace
@@ -250,7 +150,7 @@ void MakeHistory(Archive* archive) {
 std::vector<HistorySegment> PlanHistory(const HistorySettings& settings, unsigned seed, unsigned channel, int64_t end) {
     std::vector<HistorySegment> plan;
     std::mt19937 draw(seed * 257 + channel);
-    const int64_t begin = end / SECOND - settings.hours * int64_t{3600};
+    const int64_t begin = BeginOf(settings, end) / SECOND;
     for (unsigned i = 0; i < settings.segments; ++i) {
         const int64_t part = settings.hours * int64_t{3600} / settings.segments;
         const int64_t start = begin + i * part + draw() % (part - settings.seconds + 1);
@@ -260,11 +160,14 @@ std::vector<HistorySegment> PlanHistory(const HistorySettings& settings, unsigne
 }
 
 void EnsureHistory(Archive* archive) {
-    static std::mutex& mutex = *new std::mutex;
-    std::lock_guard<std::mutex> lock(mutex);
-    if (archive->Note(NOTE) != MADE) {
-        MakeHistory(archive);
-    }
+    static std::once_flag once;
+    std::call_once(once, [archive] {
+        const HomeLock lock;
+        const std::string note = archive->Note(NOTE);
+        if (note != MADE) {
+            MakeHistory(archive, note);
+        }
+    });
 }
 
 }  // namespace simulator

@@ -1,6 +1,7 @@
 // The platform's live frame lists: vexo_model_first_get_frame and its kin.
 #include "cameras.h"
 #include "core/faults.h"
+#include "live_recorder.h"
 #include "vexo_model.h"
 
 namespace {
@@ -20,6 +21,7 @@ FrameList* ListToRead(unsigned int channel, vexo_enc_str_type type) {
     FrameList* list = FindList(channel, type);
     if (list != nullptr) {
         FindCamera(channel)->Want(type);
+        simulator::WakeLiveRecorder();
     }
     return list;
 }

@@ -5,7 +5,9 @@
 #include "copy_text.h"
 #include "core/device.h"
 #include "core/faults.h"
+#include "core/power.h"
 #include "core/watch.h"
+#include "live_recorder.h"
 #include "log.h"
 #include "vexo_model.h"
 
@@ -37,23 +39,44 @@ unsigned Logins::Add(const std::string& user, const std::string& address) {
         m_last = m_last % 65535 + 1;
     } while (m_users.count(m_last) != 0);
     m_users[m_last] = user;
+    m_ended.erase(m_last);
     Take(Goods::Login, m_last, "login " + std::to_string(m_last) + " of " + user + " from " + address);
     return m_last;
 }
 
 std::optional<std::string> Logins::Remove(unsigned id) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_users.find(id);
-    if (found == m_users.end()) {
+    auto* table = m_users.count(id) != 0 ? &m_users : &m_ended;
+    const auto found = table->find(id);
+    if (found == table->end()) {
         return std::nullopt;
     }
-    GiveBack(Goods::Login, id, "vexo_model_logout");
+    if (table == &m_users) {
+        GiveBack(Goods::Login, id, "vexo_model_logout");
+    }
     std::string user = std::move(found->second);
-    m_users.erase(found);
+    table->erase(found);
     return user;
 }
 
+std::optional<std::string> Logins::UserOf(unsigned id) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_users.find(id);
+    return found != m_users.end() ? std::optional(found->second) : std::nullopt;
+}
+
+void Logins::EndAll() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    for (const auto& [id, user] : m_users) {
+        GiveBack(Goods::Login, id, "the recorder");
+        m_ended[id] = user;
+    }
+    m_users.clear();
+}
+
 namespace {
+
+[[maybe_unused]] const bool known = OnPowerLoss([] { Logins::Get().EndAll(); });
 
 std::string AddressOf(const vexo_ip_struct* ip) {
     return ip != nullptr ? std::string(ip->text, strnlen(ip->text, sizeof(ip->text))) : "-";
@@ -70,6 +93,9 @@ int LogIn(const char* name, const char* password, const vexo_ip_struct* ip, unsi
         return -1;
     }
     *id = login;
+    if (TheScenario().recordings.live == LiveRecording::Always) {
+        WakeLiveRecorder();
+    }
     Log(static_cast<int>(login), LogType::Login, user->name, user->name + " logged in from " + address);
     return 0;
 }

@@ -88,11 +88,6 @@ std::string TimeText(int64_t moment) {
     return std::string(text, strftime(text, sizeof(text), "%Y-%m-%dT%H:%M:%SZ", &utc));
 }
 
-int64_t DurationOf(const LiveFrame& frame) {
-    return TrackOf(frame.header) == TRACK_AUDIO ? MICROSECONDS.den / AUDIO_BLOCKS
-                                                : MICROSECONDS.den / std::max<int>(1, frame.header.format[0]);
-}
-
 }  // namespace
 
 Track TrackOf(const vexo_frame_header& header) {
@@ -117,6 +112,11 @@ void MovWriter::Close::operator()(AVFormatContext* file) const {
     avformat_free_context(file);
 }
 
+int64_t DurationOf(const LiveFrame& frame) {
+    return TrackOf(frame.header) == TRACK_AUDIO ? MICROSECONDS.den / AUDIO_BLOCKS
+                                                : MICROSECONDS.den / std::max<int>(1, frame.header.format[0]);
+}
+
 MovWriter::MovWriter(const std::string& path, int64_t start, const std::vector<const LiveFrame*>& heads)
     : m_start(start), m_packet(av_packet_alloc()) {
     AVFormatContext* file = nullptr;
@@ -127,15 +127,20 @@ MovWriter::MovWriter(const std::string& path, int64_t start, const std::vector<c
     if (described) {
         error = Begin(path, start);
     }
-    m_begun = described && error >= 0;
-    if (!m_begun) {
+    m_writing = described && error >= 0;
+    if (!m_writing) {
         Tell("cannot record to " + path + ": " + AvError(error));
     }
 }
 
 MovWriter::~MovWriter() {
-    if (m_begun) {
+    Finish();
+}
+
+void MovWriter::Finish() {
+    if (m_writing) {
         av_write_trailer(m_file.get());
+        m_writing = false;
     }
 }
 
@@ -154,6 +159,7 @@ bool MovWriter::AddTrack(const LiveFrame& head) {
 }
 
 int MovWriter::Begin(const std::string& path, int64_t start) {
+    m_file->flush_packets = 1;  // a complete piece can be read at once
     const int error = avio_open(&m_file->pb, path.c_str(), AVIO_FLAG_WRITE);
     if (error < 0) {
         return error;
@@ -168,7 +174,7 @@ int MovWriter::Begin(const std::string& path, int64_t start) {
 }
 
 bool MovWriter::Write(const LiveFrame& frame) {
-    if (!m_begun) {
+    if (!m_writing) {
         return false;
     }
     const int track = TrackOf(frame.header);
@@ -195,7 +201,7 @@ bool MovWriter::Write(const LiveFrame& frame) {
 }
 
 int64_t MovWriter::Bytes() const {
-    return m_begun ? std::max<int64_t>(0, avio_tell(m_file->pb)) : 0;
+    return m_file != nullptr && m_file->pb != nullptr ? std::max<int64_t>(0, avio_tell(m_file->pb)) : 0;
 }
 
 }  // namespace simulator

@@ -23,6 +23,9 @@ constexpr int64_t TIME_UNIT = 10;
 /** A frame's time stamp in microseconds since 1970. */
 int64_t TimeOf(const vexo_frame_header& header);
 
+/** How long a frame lasts by its stream's rate, in microseconds. */
+int64_t DurationOf(const LiveFrame& frame);
+
 /** For one thread at a time. */
 class MovWriter {
 public:
@@ -39,6 +42,9 @@ public:
     /** Adds a frame of one of the streams; each stream's frames in the order of their time. False: not written. */
     bool Write(const LiveFrame& frame);
 
+    /** Completes the file; nothing can be written any more. The destructor does it as well. */
+    void Finish();
+
     /** Bytes in the file so far. */
     int64_t Bytes() const;
 
@@ -53,7 +59,7 @@ private:
     const int64_t m_start;
     std::unique_ptr<AVFormatContext, Close> m_file;
     Av<AVPacket> m_packet;
-    bool m_begun = false;
+    bool m_writing = false;
     std::vector<int64_t> m_last;  ///< time stamp of each track's last frame, in the track's own unit
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
 
 #include "picture_stamp.h"
@@ -30,6 +29,8 @@ AVRational ShapeOf(const CameraSettings& camera) {
     return {static_cast<int>(camera.main.width), static_cast<int>(camera.main.height)};
 }
 
+}  // namespace
+
 void Blacken(AVFrame* picture) {
     for (int plane = 0; plane < 3; ++plane) {
         const int rows = plane == 0 ? picture->height : (picture->height + 1) / 2;
@@ -37,10 +38,9 @@ void Blacken(AVFrame* picture) {
     }
 }
 
-std::shared_ptr<LiveFrame> NewFrame(const vexo_frame_header& header, const Moment& moment, const Packet& packet,
-                                    bool no_video) {
+std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, bool no_video) {
     auto frame = std::make_shared<LiveFrame>();
-    frame->header = header;
+    frame->header.magic = VEXO_FRAME_MAGIC;
     frame->header.seconds = static_cast<unsigned>(moment.wall_clock / 1000000);
     frame->header.microseconds = static_cast<unsigned>(moment.wall_clock % 1000000);
     frame->header.data_length = static_cast<unsigned>(packet.size);
@@ -51,24 +51,18 @@ std::shared_ptr<LiveFrame> NewFrame(const vexo_frame_header& header, const Momen
     return frame;
 }
 
-}  // namespace
-
-vexo_frame_header VideoHeader(vexo_enc_str_type type, bool key) {
-    vexo_frame_header header = {};
-    header.magic = VEXO_FRAME_MAGIC;
-    header.frame_type = FrameType(type, key);
-    header.codec = CODEC_H264;
-    return header;
+void MarkVideo(vexo_enc_str_type type, bool key, vexo_frame_header* header) {
+    header->magic = VEXO_FRAME_MAGIC;
+    header->frame_type = FrameType(type, key);
+    header->codec = CODEC_H264;
 }
 
-vexo_frame_header AudioHeader() {
-    vexo_frame_header header = {};
-    header.magic = VEXO_FRAME_MAGIC;
-    header.frame_type = VEXO_FRAME_AUDIO;
-    header.codec = CODEC_ALAW;
+void MarkAudio(vexo_frame_header* header) {
+    header->magic = VEXO_FRAME_MAGIC;
+    header->frame_type = VEXO_FRAME_AUDIO;
+    header->codec = CODEC_ALAW;
     const unsigned char format[4] = {AUDIO_RATE & 0xFF, 16, 1, 16};
-    memcpy(header.format, format, sizeof(format));
-    return header;
+    memcpy(header->format, format, sizeof(format));
 }
 
 VideoStream::VideoStream(vexo_enc_str_type type, unsigned channel, const CameraSettings& camera, SteadyTime start,
@@ -114,7 +108,8 @@ bool VideoStream::Prepare(const AVFrame* scene) {
 }
 
 void VideoStream::Publish(const Moment& moment, const Packet& packet, bool no_video) {
-    auto frame = NewFrame(VideoHeader(m_type, packet.key), moment, packet, no_video);
+    auto frame = NewFrame(moment, packet, no_video);
+    MarkVideo(m_type, packet.key, &frame->header);
     frame->header.format[0] = static_cast<unsigned char>(m_settings.fps);
     frame->header.width = static_cast<unsigned short>(m_settings.width);
     frame->header.height = static_cast<unsigned short>(m_settings.height);
@@ -122,20 +117,17 @@ void VideoStream::Publish(const Moment& moment, const Packet& packet, bool no_vi
 }
 
 AudioStream::AudioStream(const CameraSettings& camera, SteadyTime start, FrameList* list)
-    : m_hz(camera.audio_hz), m_level(camera.audio_level), m_schedule(start, AUDIO_BLOCKS), m_list(list) {}
+    : m_tone(camera.audio_hz, camera.audio_level, AUDIO_RATE), m_schedule(start, AUDIO_BLOCKS), m_list(list) {}
 
 void AudioStream::Put(const Moment& moment, bool no_video) {
-    constexpr double TURN = 2 * 3.14159265358979;
     std::array<int16_t, AUDIO_BLOCK> samples;
-    for (int16_t& sample : samples) {
-        const double turns = static_cast<double>(m_sample++) * m_hz / AUDIO_RATE;
-        sample = static_cast<int16_t>(std::lround(m_level * 32767 * std::sin(TURN * (turns - std::floor(turns)))));
-    }
+    std::generate(samples.begin(), samples.end(), [this] { return m_tone.Next(); });
     Packet packet;
     if (!m_encoder.Encode(samples.data(), &packet)) {
         return;
     }
-    auto frame = NewFrame(AudioHeader(), moment, packet, no_video);
+    auto frame = NewFrame(moment, packet, no_video);
+    MarkAudio(&frame->header);
     frame->key = true;
     m_list->Add(std::move(frame));
 }

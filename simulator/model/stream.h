@@ -7,6 +7,7 @@
 #include "frame_list.h"
 #include "overlay.h"
 #include "schedule.h"
+#include "tone.h"
 
 namespace simulator {
 
@@ -16,10 +17,16 @@ struct Moment {
     int64_t wall_clock = 0;  ///< microseconds since 1970, UTC
 };
 
-/** A frame's header with what is alike in all frames of its kind: type, codec and format, but neither video's frame
- * rate nor its size. type: VEXO_ENC_STR_MAIN or VEXO_ENC_STR_SUB. */
-vexo_frame_header VideoHeader(vexo_enc_str_type type, bool key);
-vexo_frame_header AudioHeader();
+/** A frame with its payload; type, format and number are left to who makes it. */
+std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, bool no_video);
+
+/** What a picture without signal looks like. */
+void Blacken(AVFrame* picture);
+
+/** Completes a frame's header by what is alike in all frames of its kind: type, codec, format; not by a video's rate and
+ *  size. type: VEXO_ENC_STR_MAIN or VEXO_ENC_STR_SUB. */
+void MarkVideo(vexo_enc_str_type type, bool key, vexo_frame_header* header);
+void MarkAudio(vexo_frame_header* header);
 
 /** All streams of a camera are for its thread alone. The list must outlive the stream; it is emptied at its end. */
 class VideoStream {
@@ -66,12 +73,10 @@ public:
     void Put(const Moment& moment, bool no_video);
 
 private:
-    const double m_hz;
-    const double m_level;
+    Tone m_tone;
     Schedule m_schedule;
     FrameList* const m_list;
     AudioEncoder m_encoder;
-    int64_t m_sample = 0;  ///< number of the next sample: the tone's phase runs on from block to block
 };
 
 }  // namespace simulator

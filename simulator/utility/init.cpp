@@ -1,7 +1,9 @@
 #include <mutex>
 
 #include "core/faults.h"
+#include "core/panel.h"
 #include "core/startup.h"
+#include "core/uptime.h"
 #include "core/watch.h"
 #include "vexo_utility.h"
 
@@ -9,7 +11,9 @@ int vexo_utility_init(vexo_utility_ops_type type) {
     static std::once_flag once;
     std::call_once(once, [] {
         simulator::OrderScenarioFaults();
+        simulator::Uptime();
         simulator::PrintBanner();
+        simulator::OpenPanel();
     });
     if (type != VEXO_UTILITY_OPS_HOST) {
         simulator::Complain("vexo_utility_init with operation type " + std::to_string(type) + ", which is not known");

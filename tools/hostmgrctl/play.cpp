@@ -38,9 +38,12 @@ struct Options {
     std::string output;
     bool json = false;
 
+    /** Sound is not paced, so it fits the pictures at their own pace alone. */
+    bool WithSound() const { return !no_audio && !reverse && (speed == 0 || speed == 1); }
+
     PlaySetup Setup() const {
         return {reader ? PlayWay::Reader : PlayWay::Callback, Resolve(range),
-                stream == "main" ? HOSTMGR_STREAM_MAIN : HOSTMGR_STREAM_SUB, !no_audio, reverse};
+                stream == "main" ? HOSTMGR_STREAM_MAIN : HOSTMGR_STREAM_SUB, WithSound(), reverse};
     }
 };
 
@@ -74,7 +77,7 @@ private:
         TakeSetup take;
         take.path = PathOfChannel(m_options.output, channel, m_setup.range.channels.size());
         take.stream = m_setup.stream;
-        take.audio = m_setup.audio && m_options.speed >= 0 && m_options.speed <= 1;
+        take.audio = m_setup.audio;
         take.reverse = m_setup.reverse;
         m_takes[channel] = std::make_unique<ChannelTake>(channel, take);
     }
@@ -283,7 +286,7 @@ void AddPlayOptions(CLI::App& app, Options* options) {
     app.add_flag("-r,--reverse", options->reverse, "backwards");
     app.add_flag("--reader", options->reader,
                  "the recorder's own reader plays all channels, and\npaces them; it knows no speed");
-    app.add_flag("--no-audio", options->no_audio, "video only");
+    app.add_flag("--no-audio", options->no_audio, "video only, as at any speed but 1");
     app.add_option("--then", options->steps,
                    "what to do meanwhile, SECONDS:" + std::string(STEP_FORMS) + ";\nmay be repeated")
         ->type_name("STEP")

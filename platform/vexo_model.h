@@ -102,9 +102,9 @@ int vexo_model_zero_channel_get_fps(unsigned int* fps);
 
 /** One recorded file of a list. */
 struct vexo_rec_file {
-    unsigned int start;   ///< seconds since 1970
+    unsigned int start;   ///< seconds since 1970; the file lies between start and stop
     unsigned int stop;    ///< seconds since 1970
-    unsigned int type;    ///< record type bits
+    unsigned int type;    ///< record type bits: 1 by schedule, 2 motion, 4 alarm
     unsigned int info_1;  ///< word 3: the model library's, passed through
     unsigned int info_2;  ///< word 4: the model library's, passed through
     unsigned int reserved[2];
@@ -122,76 +122,100 @@ struct vexo_rec_file_inquiry_result {
 static_assert(sizeof(void*) != 4 || offsetof(vexo_rec_file_inquiry_result, first) == 12, "word 3 on the board");
 
 /**
- * Finds a channel's recordings between two local times. type_mask: record type bits; inquiry_type: 0 any of the bits,
- * 1 all of them. A channel without recordings is a success with an empty list or a failure, as the library decides.
+ * Finds a channel's recordings that have any part between two local times, and lists them by time as they are now.
+ * type_mask: record type bits; inquiry_type: 0 any of the bits, 1 all of them. A channel without recordings is a
+ * success with an empty list or a failure, as the library decides; a time that the calendar does not have, or a stop
+ * before the start, is a failure. May take as long as a disk takes.
  */
 int vexo_model_inquiry_rec_by_time(unsigned int id, vexo_user_id user, unsigned int channel,
                                    const vexo_time_struct* start, const vexo_time_struct* stop, unsigned int type_mask,
                                    unsigned int inquiry_type, vexo_rec_file_inquiry_result** result);
+/** Gives a list back; null is ignored. */
 void vexo_model_free_inquiry_rec_result(vexo_rec_file_inquiry_result* result);
 
 /**
- * Reads one channel's recordings frame by frame. One thread at a time. Slots stand in this order; the reserved ones are
+ * Reads one channel's recordings frame by frame: open takes the files, start begins. The settings (frame mode, stream
+ * type, direction, time range) may be made in any state, hold for the next frame that is read, and outlast open, start
+ * and close. Frames come by time, backward the latest first; sound comes forward with all frames only. One thread at a
+ * time, but for the advance reader's, which reads while others set. Slots stand in this order; the reserved ones are
  * not called.
  */
 class vexo_avss_file_reader {
 public:
-    /** Takes the list of files to read; the list stays the caller's and must outlive the reader's use of it. */
+    /**
+     * Takes the list of files to read, in any state: reading is at the beginning (backward: at the end) of the time
+     * range and waits for start. The list stays the caller's and must outlive the reader's use of it. A null list
+     * fails.
+     */
     virtual int open(vexo_rec_file_inquiry_result* files) = 0;
     /** 2: all frames; 0: key frames only. */
     virtual int set_frame_mode(unsigned int mode) = 0;
-    /** 1: main stream; 2: sub stream. */
+    /** 1: main stream; 2: sub stream. Reading goes on at a key frame of that stream. */
     virtual int set_stream_type(unsigned int type) = 0;
-    /** 0: forward; 1: backward. */
+    /** 0: forward; 1: backward. Reading turns where it is; forward it goes on at a key frame. */
     virtual int set_direction(unsigned int reverse) = 0;
-    /** Goes on from that time, seconds since 1970. */
+    /**
+     * Goes on from that time, seconds since 1970, or from the time range's near end when the time is outside: forward
+     * with the first key frame that is not before it, backward with the last frame that is not after it. A failure
+     * before open. A frame that is held is not offered again; it stays until it is released or another one is read.
+     */
     virtual int seek(long seconds) = 0;
     virtual int reserved_6() = 0;
     /**
-     * The next frame, or the same one again while it has not been released. Non-zero, or a null frame: the end. The
-     * frame is the reader's and stays until release_frame or close.
+     * The next frame, or the same one again while it has not been released. Non-zero, or a null frame: the end, or the
+     * reader is not started. The end is none for good: a seek or another setting may bring more. The frame is the
+     * reader's and stays until release_frame or close. It begins with a vexo_frame_header.
      */
     virtual int read_frame(unsigned char** frame, unsigned int reserved) = 0;
-    /** Done with the current frame; the frame type is ignored. */
+    /** Done with the current frame; the frame type is ignored. A failure when none is held. */
     virtual int release_frame(unsigned int frame_type) = 0;
-    /** Limits reading to that range, seconds since 1970; a stop that is not positive is ignored and the range stays. */
+    /** Limits reading to that range, seconds since 1970, both included; a stop that is not positive is ignored and the
+     *  range stays, as it does, with a failure, when the stop is before the start. */
     virtual int set_time_range(long start, long stop) = 0;
     /** Ends reading; may be called again. */
     virtual int close() = 0;
     virtual int reserved_11() = 0;
-    /** Begins reading. */
+    /** Begins reading, or does nothing when it has begun; a failure before open. */
     virtual int start() = 0;
 
 protected:
     ~vexo_avss_file_reader() = default;
 };
 
-/** Creates a reader; null on failure. Deleted with the caller's source file and function names. */
+/** Creates a reader; null on failure. Deleted with the caller's source file and function names, which leaves its
+ * advance reader first, as remove_reader does; null is ignored. */
 vexo_avss_file_reader* vexo_model_new_avss_reader(vexo_user_id user, const char* name);
 void vexo_model_delete_avss_reader(vexo_avss_file_reader* reader, const char* file, const char* function);
 
 /**
  * Receives the frames that an advance reader pushes, on its own thread: the user parameter given with the channel's
- * reader, whether the frame holds data, and the frame, or null at the end of the channel. Any answer but 0 offers the
- * frame again.
+ * reader, whether the frame holds data, and the frame, or null at the end of the channel. The frame stays until the
+ * callback returns. Any answer but 0 offers the same again, some milliseconds later, and nothing else before; time
+ * stands still meanwhile. Every operation of both readers may be called from the callback.
  */
 typedef unsigned int (*vexo_advance_frame_callback)(void* usr_para, VEXO_BOOL is_valid_data, unsigned char* frame);
 
-/** Pushes the frames of several channel readers in step. Slots stand in this order; the reserved ones are not called.
+/**
+ * Pushes the frames of several channel readers in step: the earliest of all is next (backward: the latest), at the pace
+ * at which they were recorded; readers that give key frames only are paced faster, as the library decides, and where
+ * nothing was recorded no time passes. Readers that are not started wait. The end of a channel is told once, and again
+ * after its reader was sent elsewhere. Any thread. Slots stand in this order; the reserved ones are not called.
  */
 class vexo_advance_avss_file_reader {
 public:
     virtual int reserved_1() = 0;
     /** Includes a reader; usr_para goes to the callback with its frames. The reader stays its maker's. */
     virtual int add_reader(vexo_avss_file_reader* reader, void* usr_para) = 0;
-    /** Excludes a reader; waits until the callback is not running for it, unless called from that callback. */
+    /** Excludes a reader; waits until the callback is not running for it, unless called from that callback. A failure
+     *  when it is not included. */
     virtual int remove_reader(vexo_avss_file_reader* reader) = 0;
     /** Moves all readers to that time, seconds since 1970. */
     virtual int seek(long seconds) = 0;
+    /** Must come before start. */
     virtual int set_callback(vexo_advance_frame_callback callback) = 0;
-    /** Begins pushing; the argument is 0. */
+    /** Begins pushing; the argument is 0. Does nothing when it has begun. */
     virtual int start(unsigned int argument) = 0;
-    /** Ends pushing; may be called again. */
+    /** Ends pushing and waits until the callback is not running, unless called from it; may be called again. */
     virtual int stop() = 0;
     virtual int reserved_8() = 0;
     virtual int reserved_9() = 0;
@@ -202,7 +226,7 @@ protected:
     ~vexo_advance_avss_file_reader() = default;
 };
 
-/** As the two for the channel reader. */
+/** As the two for the channel reader; deleting one that pushes stops it first. */
 vexo_advance_avss_file_reader* vexo_model_new_advance_avss_reader(vexo_user_id user, const char* name);
 void vexo_model_delete_advance_avss_reader(vexo_advance_avss_file_reader* reader, const char* file,
                                            const char* function);

@@ -67,7 +67,7 @@ public:
     /** Takes out all files that lie between two moments, of every channel. */
     void RemoveBetween(int64_t from, int64_t to);
 
-    /** What is there, by time. */
+    /** What is there, by time; without files that hold nothing yet. */
     std::vector<RecordedFile> Find(const Search& search);
 
     /** Where a file lies; it need not exist. */

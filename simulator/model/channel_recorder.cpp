@@ -116,6 +116,7 @@ void ChannelRecorder::Begin(int64_t start, unsigned type) {
         }
     }
     m_writer = std::make_unique<MovWriter>(*path, start, tracks);
+    m_file.bytes = m_writer->Bytes();
     m_disk = m_file.disk;
 }
 

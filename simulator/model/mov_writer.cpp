@@ -1,5 +1,9 @@
 #include "mov_writer.h"
 
+extern "C" {
+#include <libavutil/opt.h>
+}
+
 #include <algorithm>
 #include <cstring>
 #include <ctime>
@@ -159,6 +163,7 @@ bool MovWriter::AddTrack(const LiveFrame& head) {
 }
 
 int MovWriter::Begin(const std::string& path, int64_t start) {
+    m_file->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;  // streams that begin later do so in the file
     m_file->flush_packets = 1;  // a complete piece can be read at once
     const int error = avio_open(&m_file->pb, path.c_str(), AVIO_FLAG_WRITE);
     if (error < 0) {
@@ -166,7 +171,8 @@ int MovWriter::Begin(const std::string& path, int64_t start) {
     }
     av_dict_set(&m_file->metadata, "creation_time", TimeText(start).c_str(), 0);
     AVDictionary* options = nullptr;
-    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov+default_base_moof+frag_discont", 0);
+    av_dict_set(&options, "movflags", "frag_keyframe+empty_moov+default_base_moof", 0);
+    av_dict_set(&options, "use_editlist", "0", 0);
     av_dict_set(&options, "use_stream_ids_as_track_ids", "1", 0);
     const int result = avformat_write_header(m_file.get(), &options);
     av_dict_free(&options);
@@ -197,6 +203,8 @@ bool MovWriter::Write(const LiveFrame& frame) {
     m_packet->pts = m_packet->dts = time;
     m_packet->duration = av_rescale_q(DurationOf(frame), MICROSECONDS, stream->time_base);
     m_packet->flags = frame.key ? AV_PKT_FLAG_KEY : 0;
+    // Each piece begins at its first frames' own times, not where the durations before it add up to.
+    av_opt_set(m_file->priv_data, "movflags", "+frag_discont", 0);
     return av_write_frame(m_file.get(), m_packet.get()) >= 0;
 }
 

@@ -39,6 +39,22 @@ TEST(Scenario, Default_FourChannels_AsDocumented) {
     EXPECT_EQ(scenario.users[1].channels, (std::vector<unsigned>{1, 2}));
 }
 
+TEST(Scenario, Default_Recordings_AsDocumented) {
+    const Scenario scenario = ParseScenario(simulator::DefaultScenarioJson());
+    ASSERT_EQ(scenario.disks.size(), 1U);
+    EXPECT_EQ(scenario.disks[0].megabytes, 1000U);
+    EXPECT_EQ(scenario.recordings.live, simulator::LiveRecording::Watched);
+    EXPECT_EQ(scenario.recordings.file_seconds, 300U);
+    EXPECT_EQ(scenario.recordings.history.hours, 12U);
+    EXPECT_EQ(scenario.recordings.history.segments, 12U);
+    EXPECT_EQ(scenario.recordings.history.seconds, 30U);
+    EXPECT_EQ(scenario.recordings.history.fps, 2U);
+    EXPECT_EQ(scenario.recordings.history.gop, 4U);
+    EXPECT_EQ(scenario.recordings.history.width, 640U);
+    EXPECT_EQ(scenario.recordings.history.until, "");
+    EXPECT_EQ(scenario.recordings.history.listed, 0U);
+}
+
 TEST(Scenario, Parse_ChannelsWithoutCameras_MakesUsualOnes) {
     const Scenario scenario =
         ParseScenario(R"({"channels": 256, /* one of them told */ "cameras": [{"name": "Yard"}]})");
@@ -108,6 +124,17 @@ TEST(Scenario, Parse_WrongText_NamesPlaceAndRemedy) {
         {R"({"network": {"interfaces": [{}, {"name": "eth0"}]}})",
          "network.interfaces[1].name: \"eth0\" is the name of an earlier interface"},
         {R"({"platform_links": [{"number": 33}]})", "platform_links[0].number: 33 does not do"},
+        {R"({"disks": []})", "disks: is 0 entries, give a list of 1 to 16 entries"},
+        {R"({"disks": [{"megabytes": 0}]})", "disks[0].megabytes: 0 does not do"},
+        {R"({"recordings": {"live": "sometimes"}})",
+         "recordings.live: \"sometimes\" does not do, give \"off\", \"watched\" or \"always\""},
+        {R"({"recordings": {"file_seconds": 0}})", "recordings.file_seconds: 0 does not do"},
+        {R"({"recordings": {"history": {"hours": 1, "segments": 61, "seconds": 60}}})",
+         "recordings.history.seconds: 61 recordings of 60 seconds do not fit into 1 hours"},
+        {R"({"recordings": {"history": {"width": 65}}})", "recordings.history.width: 65 is odd"},
+        {R"({"recordings": {"history": {"until": "2023-02-29 12:00:00"}}})",
+         "recordings.history.until: \"2023-02-29 12:00:00\" is no local time"},
+        {R"({"recordings": {"history": {"day": 1}}})", "recordings.history.day: is not a key that belongs here"},
     };
     for (const auto& one : cases) {
         const std::string error = ErrorOf(one.json);

@@ -35,7 +35,7 @@ constexpr char SMALL_RECORDER[] = R"({"cameras": [{"main": {"width": 320, "heigh
 // ---- help and usage ------------------------------------------------------------------------------------------------
 
 TEST_F(CtlTest, Help_EveryCommand_FitsAndNamesFunctionsExamplesAndExitCodes) {
-    for (const std::string command : {"version", "login", "live"}) {
+    for (const std::string command : {"version", "login", "live", "files", "play", "download"}) {
         const Outcome outcome = Run(command + " --help");
         EXPECT_EQ(outcome.status, OK);
         EXPECT_THAT(outcome.out, HasSubstr("Exported functions (vexo_HostMgr_Dev_...):\n  init")) << command;
@@ -50,7 +50,7 @@ TEST_F(CtlTest, Help_EveryCommand_FitsAndNamesFunctionsExamplesAndExitCodes) {
 TEST_F(CtlTest, Help_WithoutCommand_ListsTheCommands) {
     const Outcome outcome = Run("--help");
     EXPECT_EQ(outcome.status, OK);
-    for (const char* command : {"version", "login", "live"}) {
+    for (const char* command : {"version", "login", "live", "files", "play", "download"}) {
         EXPECT_THAT(outcome.out, HasSubstr(std::string("  ") + command + " "));
     }
     for (const std::string& line : ctl::Lines(outcome.out)) {

@@ -14,6 +14,7 @@ enum class ExitCode {
     Usage = 2,
     NoData = 3,
     NoOutput = 4,
+    Partial = 5,
     GaveUp = 255,  // the library's own exit(-1)
 };
 
@@ -29,6 +30,7 @@ constexpr ExitMeaning EXIT_MEANINGS[] = {
     {ExitCode::Usage, "wrong arguments"},
     {ExitCode::NoData, "nothing came in time"},
     {ExitCode::NoOutput, "the output could not be written"},
+    {ExitCode::Partial, "a download ended early: only a part came (--keep-partial keeps it)"},
     {ExitCode::GaveUp, "the library gave up and ended the program"},
 };
 

@@ -163,12 +163,7 @@ private:
         json["stopped"] = m_stopped;
         json["file"] = nullptr;
         if (m_file != nullptr && m_file->Size() > 0) {
-            json["file"] = {{"path", m_file->Path()},
-                            {"format", m_file->Format()},
-                            {"bytes", m_file->Size()},
-                            {"video_packets", m_file->VideoPackets()},
-                            {"audio_packets", m_file->AudioPackets()},
-                            {"note", m_file->Note()}};
+            json["file"] = m_file->Json();
         }
         fprintf(console::Data(), "%s\n", json.dump(2).c_str());
     }

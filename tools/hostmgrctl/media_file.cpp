@@ -17,6 +17,8 @@ constexpr AVRational MICROSECONDS = {1, 1000000};
 constexpr int64_t LONGEST_WAIT = 2000000;  // microseconds of video that wait for the first sound
 enum StreamIndex { VIDEO = 0, AUDIO = 1 };
 
+constexpr const char* ASIDE = ".part";
+
 constexpr Container CONTAINERS[] = {
     {".mkv", "matroska", SoundWay::Copy},
     {".mov", "mov", SoundWay::Copy},
@@ -40,7 +42,7 @@ const Container& ContainerOf(const std::string& path) {
 }
 
 /** Before anything has been read: nobody should wait for a minute of video that cannot be kept. */
-void CheckWritable(const std::string& path) {
+void CheckWritable(const std::string& path, FilePlace place) {
     const std::filesystem::path file(path);
     const std::string folder = file.has_parent_path() ? file.parent_path().string() : ".";
     std::error_code error;
@@ -48,7 +50,7 @@ void CheckWritable(const std::string& path) {
         CannotWrite(path, "it is a folder");
     }
     const std::string& what = std::filesystem::exists(file, error) ? path : folder;
-    if (access(what.c_str(), W_OK) != 0) {
+    if (access(what.c_str(), W_OK) != 0 || (place == FilePlace::Aside && access(folder.c_str(), W_OK) != 0)) {
         CannotWrite(path, strerror(errno));
     }
 }
@@ -70,11 +72,12 @@ std::string KnownExtensions() {
     return text;
 }
 
-MediaFile::MediaFile(std::string path, bool audio)
+MediaFile::MediaFile(std::string path, bool audio, FilePlace place)
     : m_path(std::move(path)),
+      m_written(place == FilePlace::Aside ? m_path + ASIDE : m_path),
       m_container(ContainerOf(m_path)),
       m_audio_wanted(audio && m_container.sound != SoundWay::Leave) {
-    CheckWritable(m_path);
+    CheckWritable(m_path, place);
     av_log_set_level(AV_LOG_FATAL);
     if (audio && !m_audio_wanted) {
         m_note = "a " + std::string(m_container.extension) + " file holds no sound";
@@ -85,6 +88,9 @@ MediaFile::~MediaFile() {
     if (m_format != nullptr) {
         avio_closep(&m_format->pb);
         avformat_free_context(m_format);
+        if (m_size == 0 && m_written != m_path) {
+            unlink(m_written.c_str());
+        }
     }
 }
 
@@ -94,13 +100,13 @@ void MediaFile::Check(int result) const {
     }
 }
 
-Av<AVPacket> MediaFile::PacketOf(const Frame& frame) const {
+Av<AVPacket> MediaFile::PacketOf(const Frame& frame, int64_t time) const {
     Av<AVPacket> packet(NotNull(av_packet_alloc()));
     if (av_new_packet(packet.get(), static_cast<int>(frame.Size())) < 0) {
         throw std::bad_alloc();
     }
     memcpy(packet->data, frame.Payload(), frame.Size());
-    packet->pts = packet->dts = frame.Time() - m_base;
+    packet->pts = packet->dts = time - m_base;
     packet->stream_index = frame.IsAudio() ? AUDIO : VIDEO;
     packet->flags = frame.IsAudio() || frame.IsKey() ? AV_PKT_FLAG_KEY : 0;
     if (frame.IsAudio()) {
@@ -111,11 +117,11 @@ Av<AVPacket> MediaFile::PacketOf(const Frame& frame) const {
     return packet;
 }
 
-void MediaFile::Write(const Frame& frame) {
-    frame.IsAudio() ? WriteAudio(frame) : WriteVideo(frame);
+void MediaFile::Write(const Frame& frame, int64_t time) {
+    frame.IsAudio() ? WriteAudio(frame, time) : WriteVideo(frame, time);
 }
 
-void MediaFile::WriteVideo(const Frame& frame) {
+void MediaFile::WriteVideo(const Frame& frame, int64_t time) {
     if (m_base < 0) {
         if (!frame.IsKey()) {
             return;
@@ -124,14 +130,14 @@ void MediaFile::WriteVideo(const Frame& frame) {
         if (m_video_parameters == nullptr) {
             CannotWrite(m_path, "the channel's pictures are not H.264");
         }
-        m_base = frame.Time();
+        m_base = time;
     }
-    m_waiting.push_back(PacketOf(frame));
+    m_waiting.push_back(PacketOf(frame, time));
     OpenWhenReady();
 }
 
-void MediaFile::WriteAudio(const Frame& frame) {
-    if (!m_audio_wanted || m_base < 0 || frame.Time() < m_base) {
+void MediaFile::WriteAudio(const Frame& frame, int64_t time) {
+    if (!m_audio_wanted || m_base < 0 || time < m_base) {
         return;
     }
     if (m_audio_codec == AV_CODEC_ID_NONE) {
@@ -142,7 +148,7 @@ void MediaFile::WriteAudio(const Frame& frame) {
             return;
         }
     }
-    m_waiting.push_back(PacketOf(frame));
+    m_waiting.push_back(PacketOf(frame, time));
     OpenWhenReady();
 }
 
@@ -166,9 +172,9 @@ void MediaFile::Open() {
         m_audio_wanted = false;
         m_note = "the file is without sound: none came in the first seconds";
     }
-    Check(avformat_alloc_output_context2(&m_format, nullptr, m_container.muxer, m_path.c_str()));
+    Check(avformat_alloc_output_context2(&m_format, nullptr, m_container.muxer, m_written.c_str()));
     AddStreams();
-    Check(avio_open(&m_format->pb, m_path.c_str(), AVIO_FLAG_WRITE));
+    Check(avio_open(&m_format->pb, m_written.c_str(), AVIO_FLAG_WRITE));
     Check(avformat_write_header(m_format, nullptr));
 }
 
@@ -237,7 +243,22 @@ void MediaFile::Finish() {
     Check(av_write_trailer(m_format));
     Check(avio_closep(&m_format->pb));
     std::error_code error;
+    if (m_written != m_path) {
+        std::filesystem::rename(m_written, m_path, error);
+        if (error) {
+            CannotWrite(m_path, error.message());
+        }
+    }
     m_size = std::filesystem::file_size(m_path, error);
+}
+
+nlohmann::ordered_json MediaFile::Json() const {
+    return {{"path", m_path},
+            {"format", m_container.muxer},
+            {"bytes", m_size},
+            {"video_packets", m_video_packets},
+            {"audio_packets", m_audio_packets},
+            {"note", m_note}};
 }
 
 }  // namespace hostmgrctl

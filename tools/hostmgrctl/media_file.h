@@ -7,6 +7,7 @@
 #define HOSTMGRCTL_MEDIA_FILE_H
 
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,12 @@ namespace hostmgrctl {
 
 /** What a container does with the channel's sound. */
 enum class SoundWay { Copy, ToAac, Leave };
+
+/** Where a file is written. */
+enum class FilePlace {
+    Direct,  ///< in its place, as it grows
+    Aside,   ///< beside it, with ".part" at its end; Finish puts it in its place, and without Finish there is none
+};
 
 struct Container {
     const char* extension;
@@ -33,15 +40,19 @@ class MediaFile {
 public:
     /**
      * The extension chooses the container; an unknown one throws Failure with ExitCode::Usage. Looks whether the file
-     * can be written, but leaves one that is there as it is until there is something to write.
+     * can be written, but leaves one that is there as it is until there is something to write, or, written aside, until
+     * it is complete.
      */
-    MediaFile(std::string path, bool audio);
+    MediaFile(std::string path, bool audio, FilePlace place = FilePlace::Direct);
     ~MediaFile();
     MediaFile(const MediaFile&) = delete;
     MediaFile& operator=(const MediaFile&) = delete;
 
     /** Takes a frame; what comes before the first key frame is left out. Times in the file are those of the frames. */
-    void Write(const Frame& frame);
+    void Write(const Frame& frame) { Write(frame, frame.Time()); }
+
+    /** The same with another time than the frame's own, microseconds from any moment on. */
+    void Write(const Frame& frame, int64_t time);
 
     /** Completes the file. */
     void Finish();
@@ -54,11 +65,13 @@ public:
     uint64_t AudioPackets() const { return m_audio_packets; }
     /** What a person should know about the sound in the file, or empty. */
     const std::string& Note() const { return m_note; }
+    /** The members "path" to "note" of a file that there is; see README.md. */
+    nlohmann::ordered_json Json() const;
 
 private:
-    Av<AVPacket> PacketOf(const Frame& frame) const;
-    void WriteVideo(const Frame& frame);
-    void WriteAudio(const Frame& frame);
+    Av<AVPacket> PacketOf(const Frame& frame, int64_t time) const;
+    void WriteVideo(const Frame& frame, int64_t time);
+    void WriteAudio(const Frame& frame, int64_t time);
     void OpenWhenReady();
     void Open();
     void AddStreams();
@@ -68,11 +81,12 @@ private:
     void Check(int result) const;
 
     const std::string m_path;
+    const std::string m_written;  ///< the path while it grows
     const Container& m_container;
     bool m_audio_wanted;
     AVCodecID m_audio_codec = AV_CODEC_ID_NONE;
     Av<AVCodecParameters> m_video_parameters;
-    int64_t m_base = -1;  ///< time stamp of the first key frame, the file's time 0
+    int64_t m_base = -1;  ///< time of the first key frame, the file's time 0
     std::vector<Av<AVPacket>> m_waiting;
     AVFormatContext* m_format = nullptr;
     AVStream* m_video = nullptr;  ///< m_format's

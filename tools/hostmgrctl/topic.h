@@ -29,6 +29,9 @@ const std::vector<Topic>& Topics();
 extern const Topic VERSION_TOPIC;
 extern const Topic LOGIN_TOPIC;
 extern const Topic LIVE_TOPIC;
+extern const Topic FILES_TOPIC;
+extern const Topic PLAY_TOPIC;
+extern const Topic DOWNLOAD_TOPIC;
 
 }  // namespace hostmgrctl
 

@@ -3,12 +3,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-
 #include "control.h"
 #include "device_support.h"
 #include "live_reader.h"
-#include "model/scene.h"
+#include "scene_view.h"
 
 namespace control = simulator::control;
 using device::Drive;
@@ -19,8 +17,8 @@ namespace {
 
 constexpr unsigned SCENE = 0;
 constexpr unsigned FILM = 1;
-constexpr unsigned WIDTH = 640;
-constexpr unsigned HEIGHT = 360;
+constexpr int WIDTH = 640;
+constexpr int HEIGHT = 360;
 [[maybe_unused]] const testing::Environment* const RECORDER =
     testing::AddGlobalTestEnvironment(new device::Recorder(R"({
     "cameras": [{"name": "Gate", "main": {"width": 640, "height": 360, "gop": 10, "kbps": 2000}},
@@ -32,10 +30,7 @@ constexpr unsigned HALT = 0x13149527;
 /** Reads the camera and compares its pictures with views of the scene. */
 class Watcher {
 public:
-    Watcher()
-        : m_reader(SCENE, VEXO_ENC_STR_MAIN),
-          m_scene(simulator::MakeSceneStyle(1, SCENE + 1), WIDTH, HEIGHT),
-          m_expected(simulator::NewPicture(WIDTH, HEIGHT)) {}
+    Watcher() : m_reader(SCENE, VEXO_ENC_STR_MAIN), m_scene(1, SCENE + 1, WIDTH, HEIGHT) {}
 
     /** Waits until the camera shows that view. */
     testing::AssertionResult Shows(const simulator::View& view) {
@@ -43,7 +38,7 @@ public:
         const bool shown = Eventually([&] {
             const auto frame = m_reader.Next();
             const AVFrame* picture = frame ? m_decoder.Decode(*frame) : nullptr;
-            difference = picture != nullptr ? Difference(*picture, *frame, view) : -1;
+            difference = picture != nullptr ? m_scene.Difference(*picture, *frame, view) : -1;
             return difference >= 0 && difference < 3;
         });
         return shown ? testing::AssertionSuccess()
@@ -54,29 +49,13 @@ public:
     double DifferenceFrom(const simulator::View& view) {
         const auto frame = m_reader.Next();
         const AVFrame* picture = frame ? m_decoder.Decode(*frame) : nullptr;
-        return picture != nullptr ? Difference(*picture, *frame, view) : -1;
+        return picture != nullptr ? m_scene.Difference(*picture, *frame, view) : -1;
     }
 
 private:
-    /** Over the middle of the picture, where nothing is written. */
-    double Difference(const AVFrame& picture, const live::Frame& frame, const simulator::View& view) {
-        const int64_t moment = frame.header.seconds * 1000000LL + frame.header.microseconds;
-        m_scene.Draw(moment, view, *m_expected);
-        double sum = 0;
-        long count = 0;
-        for (int y = HEIGHT * 15 / 100; y < static_cast<int>(HEIGHT) * 80 / 100; ++y) {
-            for (int x = 0; x < static_cast<int>(WIDTH); ++x, ++count) {
-                sum += std::abs(picture.data[0][y * picture.linesize[0] + x] -
-                                m_expected->data[0][y * m_expected->linesize[0] + x]);
-            }
-        }
-        return sum / static_cast<double>(count);
-    }
-
     live::Reader m_reader;
     live::Decoder m_decoder;
-    simulator::Scene m_scene;
-    simulator::Av<AVFrame> m_expected;
+    device::SceneView m_scene;
 };
 
 class PtzScene : public testing::Test {

@@ -132,6 +132,21 @@ TEST_F(TalkTest, Captured_FramesComeAtRealPaceAndLieOnItsGrid) {
     }
 }
 
+TEST_F(TalkTest, Captured_FetchedLate_FramesTellWhenTheyWereHeard) {
+    Start(VEXO_TALK_DEVICE, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));  // six frames are due by then
+    const vexo_frame_header first = HeaderOf(Capture());
+    const vexo_frame_header fifth = [&] {
+        for (int i = 0; i < 3; ++i) {
+            Capture();
+        }
+        return HeaderOf(Capture());
+    }();
+    const double apart = (static_cast<double>(fifth.seconds) - static_cast<double>(first.seconds)) * 1000 +
+                         (static_cast<double>(fifth.microseconds) - static_cast<double>(first.microseconds)) / 1000;
+    EXPECT_NEAR(apart, 160, 10);
+}
+
 TEST_F(TalkTest, Captured_IntoASmallBuffer_IsCutAndStillClaimsItsLength) {
     Start(VEXO_TALK_DEVICE, 0);
     std::array<unsigned char, 64> buffer;

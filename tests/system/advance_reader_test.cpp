@@ -328,34 +328,45 @@ private:
     bool m_open = false;
 };
 
-TEST_F(AdvanceReaderTest, RemoveReader_ReturnsOnlyWhenItsCallbackHasReturned) {
-    Excerpt excerpt(0);
-    Gate gate;
-    std::atomic<bool> returned{false};
-    m_log.answer = [&](const Call&) {
-        gate.Wait();
-        returned = true;
-        return 0U;
-    };
-    m_reader->add_reader(excerpt.Get(), &excerpt);
-    m_reader->start(0);
-    gate.AwaitReached();
-    std::atomic<bool> removing{false};
-    bool returned_first = false;
-    std::thread remover([&] {
-        removing = true;
-        EXPECT_EQ(m_reader->remove_reader(excerpt.Get()), 0);
-        returned_first = returned;
+/** Runs an operation on another thread while the first callback runs; whether it returned after that callback. */
+bool ReturnsAfterTheCallback(Gate& gate, const std::atomic<bool>& callback_returned, const std::function<void()>& run) {
+    std::atomic<bool> begun{false};
+    bool in_order = false;
+    std::thread other([&] {
+        begun = true;
+        run();
+        in_order = callback_returned;
     });
-    while (!removing) {
-        std::this_thread::yield();
-    }
+    Eventually([&] { return begun.load(); });
     gate.Open();
-    remover.join();
-    EXPECT_TRUE(returned_first);
-    const size_t count = Count();
-    m_reader->stop();
-    EXPECT_EQ(Count(), count);
+    other.join();
+    return in_order;
+}
+
+TEST_F(AdvanceReaderTest, RemoveReaderAndStop_ReturnOnlyWhenTheCallbackHasReturned) {
+    const std::function<int(vexo_avss_file_reader*)> operations[] = {
+        [&](vexo_avss_file_reader* reader) { return m_reader->remove_reader(reader); },
+        [&](vexo_avss_file_reader*) { return m_reader->stop(); },
+    };
+    for (const auto& operation : operations) {
+        Excerpt excerpt(0);
+        Gate gate;
+        std::atomic<bool> returned{false};
+        m_log.answer = [&](const Call&) {
+            gate.Wait();
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));  // room for one that does not wait
+            returned = true;
+            return 0U;
+        };
+        m_reader->add_reader(excerpt.Get(), &excerpt);
+        m_reader->start(0);
+        gate.AwaitReached();
+        EXPECT_TRUE(ReturnsAfterTheCallback(gate, returned, [&] { EXPECT_EQ(operation(excerpt.Get()), 0); }));
+        const size_t count = Count();
+        m_reader->stop();
+        EXPECT_EQ(Count(), count);
+        m_reader->remove_reader(excerpt.Get());
+    }
 }
 
 TEST_F(AdvanceReaderTest, RemoveReader_OfAnother_DoesNotWaitForTheCallback) {

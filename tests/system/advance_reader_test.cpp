@@ -241,14 +241,20 @@ TEST_F(AdvanceReaderTest, Refused_TheSameFrameIsOfferedAgain_AndNothingElseMeanw
     EXPECT_EQ(TimesFor(calls, &first).size(), TimesFor(calls, &second).size() + 5);
 }
 
-TEST_F(AdvanceReaderTest, End_Refused_IsToldOnce) {
+TEST_F(AdvanceReaderTest, End_Refused_IsToldAgainUntilItIsNot) {
     Excerpt excerpt(0);
     excerpt->set_frame_mode(0);
-    m_log.answer = [](const Call& call) { return call.frame ? 0U : REFUSED; };
+    std::atomic<int> refusals{2};
+    m_log.answer = [&](const Call& call) { return !call.frame && refusals-- > 0 ? REFUSED : 0U; };
     m_reader->add_reader(excerpt.Get(), &excerpt);
     m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return Ends() >= 3; }));  // until somebody takes note
-    m_log.answer = [](const Call&) { return 0U; };
+    ASSERT_TRUE(Ended(3));
+    Excerpt other(0);
+    other->set_frame_mode(0);
+    m_reader->add_reader(other.Get(), &other);
+    ASSERT_TRUE(Ended(4));
+    m_reader->stop();
+    EXPECT_EQ(Calls().back().para, &other);
 }
 
 TEST_F(AdvanceReaderTest, Seek_AfterTheEnd_GoesOnAndEndsAgain) {

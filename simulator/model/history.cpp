@@ -13,6 +13,7 @@
 #include <ctime>
 #include <mutex>
 #include <random>
+#include <system_error>
 #include <thread>
 
 #include "av.h"
@@ -119,8 +120,11 @@ void MakeChannels(Archive* archive, int64_t end, Progress* progress) {
         }
     };
     std::vector<std::thread> others;
-    for (unsigned i = 1; i < std::min(channels, std::thread::hardware_concurrency()); ++i) {
-        others.emplace_back(work);
+    try {
+        for (unsigned i = 1; i < std::min(channels, std::thread::hardware_concurrency()); ++i) {
+            others.emplace_back(work);
+        }
+    } catch (const std::system_error&) {  // those that there are do all of it
     }
     work();
     for (std::thread& other : others) {

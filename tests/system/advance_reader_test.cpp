@@ -1,125 +1,28 @@
-// The simulated recorder's advance reader: what it pushes, in which order, when it offers a frame again, and what
-// remove_reader and stop promise. Time is not measured here: order and counts show it.
+// The simulated recorder's advance reader: what it pushes, in which order, and when it offers a frame again. What
+// remove_reader, stop and deletion promise stands in advance_stop_test.cpp. Time is not measured here: order and counts
+// show it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 
-#include "recorded.h"
-#include "recorder_test_support.h"
+#include "pushed.h"
 
 namespace {
 
 using live::Eventually;
-using live::Frame;
+using pushed::AdvanceReaderTest;
+using pushed::Call;
+using pushed::Excerpt;
+using pushed::REFUSED;
 using recorded::GOP;
 using recorded::List;
 using recorded::Player;
-using recorder_test::NewComplaints;
 using testing::IsEmpty;
-
-constexpr unsigned REFUSED = 0x401A0000;
 
 const testing::Environment* const RECORDER =
     testing::AddGlobalTestEnvironment(new recorded::Recorder(recorded::HISTORY));
-
-/** One call of the callback. */
-struct Call {
-    const void* para;
-    bool valid;
-    std::optional<Frame> frame;  ///< nothing: the end
-};
-
-/** What the callbacks of a test did; the callback has no pointer of its own but the reader's. */
-struct Log {
-    std::mutex mutex;
-    std::vector<Call> calls;                                                       // guarded by mutex
-    std::function<unsigned(const Call&)> answer = [](const Call&) { return 0U; };  ///< without the mutex
-};
-Log* g_log = nullptr;
-
-unsigned int OnFrame(void* para, VEXO_BOOL valid, unsigned char* bytes) {
-    Call call = {para, valid != VEXO_FALSE, std::nullopt};
-    if (bytes != nullptr) {
-        call.frame = live::CopyOf(bytes, {}, VEXO_FALSE);
-    }
-    {
-        std::lock_guard<std::mutex> lock(g_log->mutex);
-        g_log->calls.push_back(call);
-    }
-    return g_log->answer(call);
-}
-
-class AdvanceReaderTest : public testing::Test {
-protected:
-    AdvanceReaderTest() {
-        g_log = &m_log;
-        m_reader = vexo_model_new_advance_avss_reader(VEXO_USER_HOSTMGR, "advance");
-        EXPECT_EQ(m_reader->set_callback(OnFrame), 0);
-        EXPECT_EQ(m_reader->set_param(0), 0);
-    }
-    ~AdvanceReaderTest() override {
-        Delete();
-        g_log = nullptr;
-    }
-
-    void Delete() {
-        if (m_reader != nullptr) {
-            vexo_model_delete_advance_avss_reader(m_reader, "test", "Delete");
-        }
-        m_reader = nullptr;
-    }
-
-    size_t Count() {
-        std::lock_guard<std::mutex> lock(m_log.mutex);
-        return m_log.calls.size();
-    }
-    std::vector<Call> Calls() {
-        std::lock_guard<std::mutex> lock(m_log.mutex);
-        return m_log.calls;
-    }
-    size_t Ends() {
-        const std::vector<Call> calls = Calls();
-        return std::count_if(calls.begin(), calls.end(), [](const Call& call) { return !call.frame; });
-    }
-    bool Ended(size_t ends) {
-        return Eventually([&] { return Ends() == ends; });
-    }
-
-    Log m_log;
-    vexo_advance_avss_file_reader* m_reader = nullptr;
-};
-
-/** Three seconds of a recording, all frames, or as it is set then. */
-class Excerpt {
-public:
-    explicit Excerpt(unsigned channel, size_t segment = 1)
-        : m_list(channel), m_player(m_list), m_start(m_list.Files()[segment].start) {
-        m_player->set_time_range(m_start, m_start + 3);
-    }
-    vexo_avss_file_reader* operator->() const { return m_player.Get(); }
-    vexo_avss_file_reader* Get() const { return m_player.Get(); }
-    Player& Reader() { return m_player; }
-    long Start() const { return m_start; }
-
-    /** What it gives by itself. */
-    std::vector<uint64_t> Times() {
-        std::vector<uint64_t> times;
-        for (const Frame& frame : m_player.Rest()) {
-            times.push_back(frame.Milliseconds());
-        }
-        m_player->seek(m_start);
-        return times;
-    }
-
-private:
-    const List m_list;
-    Player m_player;
-    const long m_start;
-};
 
 std::vector<uint64_t> TimesFor(const std::vector<Call>& calls, const void* para) {
     std::vector<uint64_t> times;
@@ -241,14 +144,20 @@ TEST_F(AdvanceReaderTest, Refused_TheSameFrameIsOfferedAgain_AndNothingElseMeanw
     EXPECT_EQ(TimesFor(calls, &first).size(), TimesFor(calls, &second).size() + 5);
 }
 
-TEST_F(AdvanceReaderTest, End_Refused_IsToldOnce) {
+TEST_F(AdvanceReaderTest, End_Refused_IsToldAgainUntilItIsNot) {
     Excerpt excerpt(0);
     excerpt->set_frame_mode(0);
-    m_log.answer = [](const Call& call) { return call.frame ? 0U : REFUSED; };
+    std::atomic<int> refusals{2};
+    m_log.answer = [&](const Call& call) { return !call.frame && refusals-- > 0 ? REFUSED : 0U; };
     m_reader->add_reader(excerpt.Get(), &excerpt);
     m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return Ends() >= 3; }));  // until somebody takes note
-    m_log.answer = [](const Call&) { return 0U; };
+    ASSERT_TRUE(Ended(3));
+    Excerpt other(0);
+    other->set_frame_mode(0);
+    m_reader->add_reader(other.Get(), &other);
+    ASSERT_TRUE(Ended(4));
+    m_reader->stop();
+    EXPECT_EQ(Calls().back().para, &other);
 }
 
 TEST_F(AdvanceReaderTest, Seek_AfterTheEnd_GoesOnAndEndsAgain) {
@@ -298,218 +207,6 @@ TEST_F(AdvanceReaderTest, ReaderClosed_IsNotPushedAnyMore) {
     ASSERT_TRUE(Ended(1));  // that of the other
     const std::vector<Call> calls = Calls();
     EXPECT_TRUE(std::all_of(calls.begin() + count, calls.end(), [&](const Call& c) { return c.para == &other; }));
-}
-
-// ---- removing, stopping, deleting ----------------------------------------------------------------------------------
-
-/** Holds the first callback until it is let go. */
-class Gate {
-public:
-    void Wait() {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_reached = true;
-        m_changed.notify_all();
-        m_changed.wait(lock, [this] { return m_open; });
-    }
-    void AwaitReached() {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_reached; });
-    }
-    void Open() {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_open = true;
-        m_changed.notify_all();
-    }
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_reached = false;
-    bool m_open = false;
-};
-
-TEST_F(AdvanceReaderTest, RemoveReader_ReturnsOnlyWhenItsCallbackHasReturned) {
-    Excerpt excerpt(0);
-    Gate gate;
-    std::atomic<bool> returned{false};
-    m_log.answer = [&](const Call&) {
-        gate.Wait();
-        returned = true;
-        return 0U;
-    };
-    m_reader->add_reader(excerpt.Get(), &excerpt);
-    m_reader->start(0);
-    gate.AwaitReached();
-    std::atomic<bool> removing{false};
-    bool returned_first = false;
-    std::thread remover([&] {
-        removing = true;
-        EXPECT_EQ(m_reader->remove_reader(excerpt.Get()), 0);
-        returned_first = returned;
-    });
-    while (!removing) {
-        std::this_thread::yield();
-    }
-    gate.Open();
-    remover.join();
-    EXPECT_TRUE(returned_first);
-    const size_t count = Count();
-    m_reader->stop();
-    EXPECT_EQ(Count(), count);
-}
-
-TEST_F(AdvanceReaderTest, RemoveReader_OfAnother_DoesNotWaitForTheCallback) {
-    Excerpt running(0);
-    Excerpt other(1);
-    other->close();  // never pushed
-    Gate gate;
-    m_log.answer = [&](const Call&) {
-        gate.Wait();
-        return 0U;
-    };
-    m_reader->add_reader(running.Get(), &running);
-    m_reader->add_reader(other.Get(), &other);
-    m_reader->start(0);
-    gate.AwaitReached();
-    EXPECT_EQ(m_reader->remove_reader(other.Get()), 0);
-    gate.Open();
-}
-
-TEST_F(AdvanceReaderTest, RemoveReader_FromItsOwnCallback_IsItsLastOne) {
-    Excerpt excerpt(0);
-    std::atomic<int> removed{-1};
-    m_log.answer = [&](const Call&) {
-        removed = m_reader->remove_reader(excerpt.Get());
-        return 0U;
-    };
-    m_reader->add_reader(excerpt.Get(), &excerpt);
-    m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return removed == 0; }));
-    m_reader->stop();
-    EXPECT_EQ(Count(), 1U);
-}
-
-TEST_F(AdvanceReaderTest, Callback_ClosesAndDeletesItsReader_FrameStaysUntilItReturns) {
-    const List list(0);
-    Player player(list);
-    std::atomic<bool> intact{false};
-    m_log.answer = [&](const Call& call) {
-        m_reader->remove_reader(player.Get());
-        player->close();
-        player.Delete();
-        intact = call.frame->header.magic == VEXO_FRAME_MAGIC;
-        return 0U;
-    };
-    m_reader->add_reader(player.Get(), &player);
-    m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return intact.load(); }));
-    m_reader->stop();
-    EXPECT_EQ(Count(), 1U);
-}
-
-TEST_F(AdvanceReaderTest, ReaderDeleted_LeavesItsAdvanceReader) {
-    const List list(0);
-    Player player(list);
-    m_reader->add_reader(player.Get(), &player);
-    m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return Count() > 0; }));
-    player.Delete();
-    const size_t count = Count();
-    m_reader->stop();
-    EXPECT_EQ(Count(), count);
-}
-
-TEST_F(AdvanceReaderTest, Stop_Twice_AndFromTheCallback_AndStartAgain) {
-    Excerpt excerpt(0);
-    std::atomic<bool> stopped{false};
-    m_log.answer = [&](const Call&) {
-        EXPECT_EQ(m_reader->stop(), 0);
-        stopped = true;
-        return 0U;
-    };
-    m_reader->add_reader(excerpt.Get(), &excerpt);
-    m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return stopped.load(); }));
-    EXPECT_EQ(m_reader->stop(), 0);
-    EXPECT_EQ(m_reader->stop(), 0);
-    EXPECT_EQ(Count(), 1U);
-    m_log.answer = [](const Call&) { return 0U; };
-    excerpt->set_frame_mode(0);
-    EXPECT_EQ(m_reader->start(0), 0);
-    EXPECT_EQ(m_reader->start(0), 0);  // runs already
-    EXPECT_TRUE(Ended(1));
-}
-
-TEST_F(AdvanceReaderTest, Deleted_WhilePushing_NothingIsPushedAfterwards) {
-    Excerpt excerpt(0);
-    m_reader->add_reader(excerpt.Get(), &excerpt);
-    m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return Count() > 0; }));
-    Delete();
-    const size_t count = Count();
-    EXPECT_TRUE(excerpt.Reader().Next());
-    EXPECT_EQ(Count(), count);
-}
-
-TEST_F(AdvanceReaderTest, DeletedFromItsCallback_EndsQuietly) {
-    Excerpt excerpt(0);
-    std::atomic<bool> deleted{false};
-    m_log.answer = [&](const Call&) {
-        Delete();
-        deleted = true;
-        return 0U;
-    };
-    m_reader->add_reader(excerpt.Get(), &excerpt);
-    m_reader->start(0);
-    ASSERT_TRUE(Eventually([&] { return deleted.load(); }));
-    vexo_model_delete_avss_reader(vexo_model_new_avss_reader(VEXO_USER_HOSTMGR, "next"), "test", "test");
-}
-
-TEST_F(AdvanceReaderTest, Start_WithoutCallback_Fails) {
-    m_reader->set_callback(nullptr);
-    EXPECT_NE(m_reader->start(0), 0);
-}
-
-TEST_F(AdvanceReaderTest, StrangeReaders_AreRefused) {
-    Player player;
-    vexo_avss_file_reader* gone = vexo_model_new_avss_reader(VEXO_USER_HOSTMGR, "gone");
-    vexo_model_delete_avss_reader(gone, "test", "test");
-    const NewComplaints complaints;
-    EXPECT_NE(m_reader->add_reader(gone, nullptr), 0);
-    EXPECT_EQ(complaints.Text(), "vexo_advance_avss_file_reader::add_reader with a reader that is not handed out\n");
-    EXPECT_NE(m_reader->remove_reader(player.Get()), 0);
-    EXPECT_NE(m_reader->remove_reader(nullptr), 0);
-}
-
-TEST_F(AdvanceReaderTest, Faults_EachOperationFailsOnOrderAndWorksAgain) {
-    Player player;
-    const std::pair<const char*, std::function<int()>> operations[] = {
-        {"add_reader", [&] { return m_reader->add_reader(player.Get(), nullptr); }},
-        {"seek", [&] { return m_reader->seek(recorded::UNTIL); }},
-        {"set_callback", [&] { return m_reader->set_callback(OnFrame); }},
-        {"set_param", [&] { return m_reader->set_param(0); }},
-        {"start", [&] { return m_reader->start(0); }},
-        {"remove_reader", [&] { return m_reader->remove_reader(player.Get()); }},
-        {"stop", [&] { return m_reader->stop(); }},
-    };
-    for (const auto& [name, run] : operations) {
-        simulator::control::Fail(std::string("vexo_advance_avss_file_reader::") + name, 1);
-        EXPECT_NE(run(), 0) << name;
-        EXPECT_EQ(run(), 0) << name;
-    }
-    simulator::control::Fail("vexo_model_new_advance_avss_reader", 1);
-    EXPECT_EQ(vexo_model_new_advance_avss_reader(VEXO_USER_HOSTMGR, "none"), nullptr);
-}
-
-TEST_F(AdvanceReaderTest, Watch_OutstandingUntilDeleted_AndDeletingTwiceIsComplainedOf) {
-    const std::string line = "reader: advance reader advance, user 97";
-    EXPECT_EQ(recorder_test::CountOutstanding(line), 1);
-    vexo_advance_avss_file_reader* reader = m_reader;
-    Delete();
-    EXPECT_EQ(recorder_test::CountOutstanding(line), 0);
-    const NewComplaints complaints;
-    vexo_model_delete_advance_avss_reader(reader, "test", "Second");
-    EXPECT_EQ(complaints.Text(), "reader given back that was not taken, or given back twice: by Second\n");
 }
 
 }  // namespace

@@ -366,6 +366,24 @@ TEST_F(CtlRecordingsTest, Download_InSummerTime_IsTheRangeAskedFor) {
     EXPECT_THAT(Stamps(At("all.mkv")).times, ElementsAreArray(PictureTimes(list)));
 }
 
+// The recordings' hour comes twice that night, and the list does not say which one is meant.
+TEST_F(CtlRecordingsTest, Download_InTheHourThatComesTwice_IsWhole) {
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+    UseScenario(Scenario("2024-10-27 03:00:00"));
+    const Outcome outcome =
+        Run("download --no-audio -o file.mkv --from '2024-10-27 01:00' --to '2024-10-27 03:30'" + PATIENT);
+    EXPECT_EQ(outcome.status, OK) << outcome.err;
+    EXPECT_EQ(Stamps(At("file.mkv")).times.size(), 4 * LENGTH * FPS);
+}
+
+TEST_F(CtlRecordingsTest, Times_ThatTheClockLeavesOut_AreRefused) {
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    const Outcome outcome = Run("files --from '2024-03-31 02:30'");
+    EXPECT_EQ(outcome.status, USAGE);
+    EXPECT_THAT(outcome.err, HasSubstr("is a time that does not exist"));
+}
+
 TEST_F(CtlRecordingsTest, Download_NothingRecorded_SaysSoAndWritesNothing) {
     const Outcome outcome = Run("download -o file.mkv --from '2023-01-05 11:00' --to +1h");
     EXPECT_EQ(outcome.status, NO_DATA);

@@ -53,6 +53,7 @@ void ChannelTake::Take(const Frame& frame, int speed) {
     (frame.IsAudio() ? m_audio : m_video).Add(frame);
     if (!frame.IsAudio()) {
         m_key_frames += frame.IsKey() ? 1 : 0;
+        m_resized = m_resized || (m_video.frames > 1 && m_width != frame.Width());
         m_width = frame.Width();
         m_height = frame.Height();
     }
@@ -99,6 +100,9 @@ void ChannelTake::PrintFile(FILE* out) const {
     fprintf(out, "  file    %s, %s\n", m_file->Path().c_str(), Amount(m_file->Size()).c_str());
     if (!m_file->Note().empty()) {
         fprintf(out, "          %s\n", m_file->Note().c_str());
+    }
+    if (m_resized) {
+        fprintf(out, "          its pictures change their size on the way: not every player shows that\n");
     }
     if (m_setup.reverse) {
         fprintf(out, "          played backwards: its key frames alone\n");

@@ -73,6 +73,7 @@ private:
     uint64_t m_key_frames = 0;
     unsigned m_width = 0;
     unsigned m_height = 0;
+    bool m_resized = false;  ///< pictures of several sizes came
     bool m_ended = false;
 };
 

@@ -136,8 +136,15 @@ private:
         }
         part.take->Take(frame, 1);
         if (!frame.IsAudio()) {
-            Reach(static_cast<double>(frame.Time()) * MICROSECOND, &part);
+            Reach(AsListed(frame.Time()), &part);
         }
+    }
+
+    /** Recordings are listed by local time, in which one hour of autumn comes twice: so is what is held against them.
+     */
+    static double AsListed(int64_t time) {
+        return static_cast<double>(FromCalendarTime(CalendarTime(static_cast<time_t>(time / 1000000)))) +
+               static_cast<double>(time % 1000000) * MICROSECOND;
     }
 
     static void Reach(double at, Part* part) {
@@ -280,7 +287,7 @@ Action Add(CLI::App& app) {
 
 const Topic DOWNLOAD_TOPIC = {
     "download",
-    "Fetches recordings as fast as they can be read, whole or not at all.",
+    "Downloads recordings, whole or not at all.",
     "  init, LoginV2, QueryFile, GetQueryFileResult, QueryRelease,\n"
     "  StartHistoryPlay (mode 1), SetHistoryStreamCallback,\n"
     "  Control 20 (--no-audio, --stream; speed 1 begins), StopHistoryPlay, Logout\n",

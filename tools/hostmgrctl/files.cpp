@@ -161,7 +161,7 @@ Action Add(CLI::App& app) {
 
 const Topic FILES_TOPIC = {
     "files",
-    "Lists recordings, and shows how much of each day is recorded.",
+    "Lists recordings, with a bar for each day.",
     "  init, LoginV2, QueryFile (--type: dwFileType), GetQueryFileResult,\n"
     "  QueryRelease, Logout\n",
     "  hostmgrctl files                            channel 1, the last 24 hours\n"

@@ -100,11 +100,28 @@ bool SameClock(const struct tm& left, const struct tm& right) {
     return left.tm_mday == right.tm_mday && left.tm_hour == right.tm_hour && left.tm_min == right.tm_min;
 }
 
+/**
+ * The instant of a local calendar time; the earlier one of the hour that comes twice in autumn, always: mktime left
+ * alone may give either. One that the clock leaves out is moved.
+ */
+time_t MakeTime(struct tm* time) {
+    for (const int summer : {1, 0}) {
+        struct tm made = *time;
+        made.tm_isdst = summer;
+        const time_t seconds = mktime(&made);
+        if (made.tm_isdst == summer && SameClock(made, *time)) {
+            *time = made;
+            return seconds;
+        }
+    }
+    time->tm_isdst = -1;
+    return mktime(time);
+}
+
 /** The instant of a calendar time. */
 time_t InstantOf(const std::string& text, const struct tm& wanted, bool offset_given, time_t offset) {
     struct tm time = wanted;
-    time.tm_isdst = offset_given ? 0 : -1;
-    const time_t seconds = offset_given ? timegm(&time) : mktime(&time);
+    const time_t seconds = offset_given ? timegm(&time) : MakeTime(&time);
     if (!SameClock(time, wanted)) {
         Refuse(text, "is a time that does not exist");
     }
@@ -213,8 +230,7 @@ std::string LengthText(double seconds) {
 time_t DayOf(time_t seconds) {
     struct tm day = Local(seconds);
     day.tm_hour = day.tm_min = day.tm_sec = 0;
-    day.tm_isdst = -1;
-    return mktime(&day);
+    return MakeTime(&day);
 }
 
 // A day of a clock change has 23 or 25 hours.
@@ -244,8 +260,7 @@ time_t FromCalendarTime(const _tagVexoHostMgrTime& time) {
     local.tm_hour = static_cast<int>(time.dwHour);
     local.tm_min = static_cast<int>(time.dwMinute);
     local.tm_sec = static_cast<int>(time.dwSecond);
-    local.tm_isdst = -1;
-    return mktime(&local);
+    return MakeTime(&local);
 }
 
 _tagVexoHostMgrTime PlayTime(time_t seconds) {

@@ -316,7 +316,7 @@ Action Add(CLI::App& app) {
 
 const Topic PLAY_TOPIC = {
     "play",
-    "Plays recordings: speeds, reverse, seek, pause, several channels.",
+    "Plays recordings: speed, direction, seek, channels.",
     "  init, LoginV2, StartHistoryPlay, SetHistoryStreamCallback,\n"
     "  StartHistoryPlayV2 (--reader), Control 20 (--speed, --reverse, --no-audio,\n"
     "  --stream and --then: speed 1, pause 2, seek 3, audio 5, time 6,\n"

@@ -83,7 +83,7 @@ PlayStep ParseStep(const std::string& text) {
 }  // namespace
 
 const char* const STEP_FORMS =
-    "speed=N, pause, resume,\nseek=TIME, audio=on|off, add=CHANNEL,\ndrop=CHANNEL, main=CHANNEL, sub=CHANNEL, stop";
+    "speed=N, pause,\nresume, seek=TIME, audio=on|off, add=CHANNEL,\ndrop=CHANNEL, main=CHANNEL, sub=CHANNEL, stop";
 
 std::vector<PlayStep> ParseSteps(const std::vector<std::string>& texts) {
     std::vector<PlayStep> steps;

@@ -14,6 +14,11 @@ int main(int argc, char** argv) {
     if (!testing::GTEST_FLAG(internal_run_death_test).empty()) {
         return RUN_ALL_TESTS();
     }
+    // So does a process that a test starts on purpose.
+    if (const char* home = getenv("RECORDER_TEST_HOME")) {
+        setenv("RECORDER_HOME", home, 1);
+        return RUN_ALL_TESTS();
+    }
     std::string home = std::filesystem::temp_directory_path() / "recorder-test.XXXXXX";
     if (mkdtemp(home.data()) == nullptr) {
         perror(home.c_str());

@@ -187,8 +187,7 @@ private:
     int ControlStreamType(const Command& command) VEXO_EXCLUDES(m_lock);
     int HostMgrApplyPlaySpeed(int speed);
     bool BeginOpening(uint32_t* pPlay);
-    bool IsOpening(uint32_t dwPlay);
-    void OpenReaders(uint32_t dwPlay);
+    void OpenReaders();
     void StartAdvanceReader(uint32_t dwPlay);
     void EndOpening(uint32_t dwPlay);
     void EndPlay();

@@ -109,7 +109,7 @@ int vexo_hostmgr_playback::HostMgrApplyPlaySpeed(int speed) {
     uint32_t play = 0;
     if (!BeginOpening(&play))
         return 0;
-    OpenReaders(play);
+    OpenReaders();
     StartAdvanceReader(play);
     EndOpening(play);
     return 0;
@@ -123,11 +123,6 @@ bool vexo_hostmgr_playback::BeginOpening(uint32_t* pPlay) {
     m_opening = true;
     *pPlay = m_play;
     return true;
-}
-
-bool vexo_hostmgr_playback::IsOpening(uint32_t dwPlay) {
-    HostMgrLeafScope leaf(HostMgrPlayNode::s_lock);
-    return dwPlay == m_play;
 }
 
 /** Does nothing for a play that a stop has ended meanwhile: the next one has a first speed command of its own. */
@@ -146,14 +141,13 @@ static long Seconds(const _tagVexoHostMgrTime& time) {
 }
 
 // The direction is the sign bit alone here, where an added channel takes any value but 0 as reverse; and all frames are
-// wanted, whatever the speed: the delivery drops the others itself. The recorder's readers are used to both.
-void vexo_hostmgr_playback::OpenReaders(uint32_t dwPlay) {
+// wanted, whatever the speed: the delivery drops the others itself. The recorder's readers are used to both. A stop
+// meanwhile takes all channels that are left from the walk, and those of the next play are not in it.
+void vexo_hostmgr_playback::OpenReaders() {
     const long start = Seconds(Time(HOSTMGR_PLAYTIME_START));
     const long stop = Seconds(Time(HOSTMGR_PLAYTIME_STOP));
     Walk walk(this);
     while (const HostMgrPlayNode* node = walk.Next()) {
-        if (!IsOpening(dwPlay))
-            return;
         vexo_avss_file_reader* reader = node->pReader;
         reader->open(node->pInquiryResult);
         reader->set_stream_type(HostMgrReaderStreamType(node->dwStreamType));

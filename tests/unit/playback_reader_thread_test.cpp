@@ -184,6 +184,22 @@ TEST_F(ReaderThreads, StopWhileTheAdvanceReaderIsStarted_DeletesItAfterwards) {
     EXPECT_THAT(Dump(), HasSubstr("未知")) << "the next play waits for a speed of its own";
 }
 
+TEST_F(ReaderThreads, StopAndStartWhileTheReadersAreOpened_LeavesTheNewAdvanceReaderUnstarted) {
+    RawConsole([this] { StartV2(); });
+    Reader().on_start = [this] {
+        Reader().on_start = nullptr;
+        OnAnotherThread([this] {
+            EXPECT_EQ(Stop(), 0);
+            EXPECT_EQ(StartV2(), 0x5010001);
+        });
+    };
+    platform.TakeCalls();
+    RawConsole([this] { EXPECT_EQ(Speed(1), 0); });
+    EXPECT_THAT(With(".start(0)", platform.TakeCalls()), IsEmpty());
+    RawConsole([this] { EXPECT_EQ(Speed(1), 0); });
+    EXPECT_THAT(With(".start(0)", platform.TakeCalls()), ElementsAre("advance2.start(0)"));
+}
+
 // ---- at work at once -----------------------------------------------------------------------------------------------
 
 TEST_F(ReaderThreads, FramesWhileChannelsComeAndGo_LeaveNothing) {

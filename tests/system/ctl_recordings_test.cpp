@@ -520,12 +520,12 @@ TEST_F(CtlRecordingsTest, Play_File_ShowsWhatWasPlayedAtThatSpeed) {
 
 TEST_F(CtlRecordingsTest, Play_Reverse_WritesTheKeyFramesBackwards) {
     const Listed recording = List(1).at(2);
-    ASSERT_EQ(Run("play -x 8 --reverse -o file.mp4" + RangeOf(recording.start, recording.stop) + PATIENT).status, OK);
+    ASSERT_EQ(Run("play -x 4 --reverse -o file.mp4" + RangeOf(recording.start, recording.stop) + PATIENT).status, OK);
     std::vector<uint64_t> expected = PictureTimes(recording.start, recording.stop, 1000);
     std::reverse(expected.begin(), expected.end());
     EXPECT_THAT(Stamps(At("file.mp4")).times, ElementsAreArray(expected));
     const Track video = MediaView(At("file.mp4")).Only(AVMEDIA_TYPE_VIDEO);
-    EXPECT_NEAR(video.times.back() - video.times.front(), (LENGTH - 1) / 8.0, 0.05);
+    EXPECT_NEAR(video.times.back() - video.times.front(), (LENGTH - 1) / 4.0, 0.05);
 }
 
 TEST_F(CtlRecordingsTest, Play_SeekInSummerTime_GoesThere) {

@@ -520,10 +520,29 @@ TEST_F(CtlRecordingsTest, Play_File_ShowsWhatWasPlayedAtThatSpeed) {
 
 TEST_F(CtlRecordingsTest, Play_Reverse_WritesTheKeyFramesBackwards) {
     const Listed recording = List(1).at(2);
-    ASSERT_EQ(Run("play -x 8 --reverse -o file.mp4" + RangeOf(recording.start, recording.stop) + PATIENT).status, OK);
+    ASSERT_EQ(Run("play -x 4 --reverse -o file.mp4" + RangeOf(recording.start, recording.stop) + PATIENT).status, OK);
     std::vector<uint64_t> expected = PictureTimes(recording.start, recording.stop, 1000);
     std::reverse(expected.begin(), expected.end());
     EXPECT_THAT(Stamps(At("file.mp4")).times, ElementsAreArray(expected));
+    const Track video = MediaView(At("file.mp4")).Only(AVMEDIA_TYPE_VIDEO);
+    EXPECT_NEAR(video.times.back() - video.times.front(), (LENGTH - 1) / 4.0, 0.05);
+}
+
+TEST_F(CtlRecordingsTest, Play_SeekInSummerTime_GoesThere) {
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+    UseScenario(Scenario("2024-07-05 12:00:00"));
+    const std::string whole = " --from '2024-07-05 11:00' --to '2024-07-05 12:00' ";
+    const Listed last = List(1, whole).at(3);
+    const std::string seek = "'0:seek=" + Local(last.start + 2).substr(1);
+    const Outcome outcome =
+        Run("play --json -x 8 --then " + seek + " --then 0:pause --then 0.1:resume" + whole + PATIENT);
+    ASSERT_EQ(outcome.status, OK) << outcome.err;
+    const json summary = json::parse(outcome.out);
+    const json& video = summary.at("channels").at(0).at("video");
+    EXPECT_LE(video.at("frames").get<unsigned>(), LENGTH - 2 + 2) << "key frames from there on, and some before";
+    EXPECT_GE(video.at("frames").get<unsigned>(), LENGTH - 2);
+    EXPECT_EQ(InstantOf(video.at("last")), last.stop - 1);
 }
 
 TEST_F(CtlRecordingsTest, Play_Then_SeeksPausesAndChangesTheSpeed) {

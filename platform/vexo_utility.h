@@ -207,8 +207,9 @@ static_assert(offsetof(vexo_event_detail_info, channel) == 80, "index word of a 
 static_assert(offsetof(vexo_event_detail_info, input) == 84, "index word of class-3 and class-5 events");
 
 /**
- * The events that are the case now, in the order of their beginning. Copies up to capacity of them into info and their number into *count; with a null info and capacity 0 it only
- * counts. More events than capacity: *count is the number that there are, info holds the first capacity.
+ * The events that are the case now, in the order of their beginning. Copies up to capacity of them into info and their
+ * number into *count; with a null info and capacity 0 it only counts. More events than capacity: *count is the number
+ * that there are, info holds the first capacity.
  */
 int vexo_utility_get_event_info(unsigned int event_user, vexo_event_detail_info* info, unsigned int capacity,
                                 unsigned int* count);

@@ -144,8 +144,9 @@ std::vector<RecordedFile> Archive::Find(const Search& search) {
     std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<RecordedFile> files;
     const std::string types = search.all_types ? "(type & ?4) = ?4" : "(type & ?4) <> 0";
-    Statement found = m_database.Prepare(SELECT + "WHERE channel = ?1 AND start <= ?2 AND stop > ?3 AND stop > start AND " + types +
-                                         " ORDER BY start, number");
+    Statement found =
+        m_database.Prepare(SELECT + "WHERE channel = ?1 AND start <= ?2 AND stop > ?3 AND stop > start AND " + types +
+                           " ORDER BY start, number");
     found.Bind(int64_t{search.channel}).Bind(search.to).Bind(search.from).Bind(int64_t{search.types});
     while (found.Next()) {
         files.push_back(RowOf(found));

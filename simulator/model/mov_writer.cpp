@@ -164,7 +164,7 @@ bool MovWriter::AddTrack(const LiveFrame& head) {
 
 int MovWriter::Begin(const std::string& path, int64_t start) {
     m_file->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;  // streams that begin later do so in the file
-    m_file->flush_packets = 1;  // a complete piece can be read at once
+    m_file->flush_packets = 1;                                // a complete piece can be read at once
     const int error = avio_open(&m_file->pb, path.c_str(), AVIO_FLAG_WRITE);
     if (error < 0) {
         return error;

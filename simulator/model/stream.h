@@ -23,8 +23,8 @@ std::shared_ptr<LiveFrame> NewFrame(const Moment& moment, const Packet& packet, 
 /** What a picture without signal looks like. */
 void Blacken(AVFrame* picture);
 
-/** Completes a frame's header by what is alike in all frames of its kind: type, codec, format; not by a video's rate and
- *  size. type: VEXO_ENC_STR_MAIN or VEXO_ENC_STR_SUB. */
+/** Completes a frame's header by what is alike in all frames of its kind: type, codec, format; not by a video's rate
+ * and size. type: VEXO_ENC_STR_MAIN or VEXO_ENC_STR_SUB. */
 void MarkVideo(vexo_enc_str_type type, bool key, vexo_frame_header* header);
 void MarkAudio(vexo_frame_header* header);
 

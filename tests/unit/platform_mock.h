@@ -58,7 +58,8 @@ public:
     MOCK_METHOD(int, unlock, (const char* file, const char* function), (override));
     MOCK_METHOD(int, get_info, (char* buffer, unsigned int size), (override));
 
-    /** Runs on the thread that has unlocked, with the name of the function that it did so in; set it before others run. */
+    /** Runs on the thread that has unlocked, with the name of the function that it did so in; set it before others run.
+     */
     std::function<void(const std::string& function)> after_unlock;
 
 private:

@@ -24,15 +24,15 @@ constexpr unsigned char NETWORK = 4;
 constexpr unsigned char INPUT = 5;
 
 const EventTraits KINDS[] = {
-    {EventKind::Motion, "motion", "channel", PICTURE, VEXO_EVENT_MOTION},
-    {EventKind::VideoLoss, "video loss", "channel", PICTURE, VEXO_EVENT_VIDEO_LOSS},
-    {EventKind::Shelter, "shelter", "channel", PICTURE, VEXO_EVENT_SHELTER},
-    {EventKind::DiskFull, "disk full", "disk", DISK, VEXO_EVENT_DISK_FULL},
-    {EventKind::DiskError, "disk error", "disk", DISK, VEXO_EVENT_DISK_ERROR},
-    {EventKind::NetworkLost, "network lost", "", NETWORK, VEXO_EVENT_NETWORK_LOST},
-    {EventKind::AddressConflict, "address conflict", "", NETWORK, VEXO_EVENT_ADDRESS_CONFLICT},
-    {EventKind::Input, "input", "input", INPUT, VEXO_EVENT_INPUT},
-    {EventKind::CameraInput, "camera input", "channel", INPUT, VEXO_EVENT_CAMERA_INPUT},
+    {"motion", "channel", EventKind::Motion, PICTURE, VEXO_EVENT_MOTION},
+    {"video loss", "channel", EventKind::VideoLoss, PICTURE, VEXO_EVENT_VIDEO_LOSS},
+    {"shelter", "channel", EventKind::Shelter, PICTURE, VEXO_EVENT_SHELTER},
+    {"disk full", "disk", EventKind::DiskFull, DISK, VEXO_EVENT_DISK_FULL},
+    {"disk error", "disk", EventKind::DiskError, DISK, VEXO_EVENT_DISK_ERROR},
+    {"network lost", "", EventKind::NetworkLost, NETWORK, VEXO_EVENT_NETWORK_LOST},
+    {"address conflict", "", EventKind::AddressConflict, NETWORK, VEXO_EVENT_ADDRESS_CONFLICT},
+    {"input", "input", EventKind::Input, INPUT, VEXO_EVENT_INPUT},
+    {"camera input", "channel", EventKind::CameraInput, INPUT, VEXO_EVENT_CAMERA_INPUT},
 };
 
 using Key = std::pair<EventKind, unsigned>;

@@ -26,9 +26,9 @@ enum class EventKind {
 
 /** What a kind is called, what its number counts, and how the event table knows it. */
 struct EventTraits {
-    EventKind kind;
     const char* name;     ///< in scenarios and commands
     const char* subject;  ///< "channel", "disk", "input", or "" for an event without a number
+    EventKind kind;
     unsigned char event_class;
     unsigned char sub_type;
 };

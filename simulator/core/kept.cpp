@@ -52,7 +52,7 @@ bool WriteWhole(const std::string& path, const std::string& text) {
 }  // namespace
 
 std::string KeptFolder(const std::string& name) {
-    const std::string path = name.empty() ? HomePath() : HomePath() + "/" + name;
+    std::string path = name.empty() ? HomePath() : HomePath() + "/" + name;
     std::error_code error;
     std::filesystem::create_directories(path, error);
     return path;

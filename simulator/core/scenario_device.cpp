@@ -59,6 +59,7 @@ EventSettings ReadEvent(JsonSection section, const Scenario& scenario) {
 
 std::vector<EventSettings> ReadEvents(const std::vector<JsonSection>& sections, const Scenario& scenario) {
     std::vector<EventSettings> events;
+    events.reserve(sections.size());
     for (const JsonSection& section : sections) {
         events.push_back(ReadEvent(section, scenario));
     }

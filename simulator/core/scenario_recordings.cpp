@@ -78,6 +78,7 @@ DiskSettings ReadDisk(JsonSection section) {
 
 std::vector<DiskSettings> ReadDisks(const std::vector<JsonSection>& sections) {
     std::vector<DiskSettings> disks;
+    disks.reserve(sections.size());
     for (const JsonSection& section : sections) {
         disks.push_back(ReadDisk(section));
     }

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <memory>
 
 #include "av.h"
 
@@ -45,8 +46,8 @@ std::string TimeText(int64_t moment) {
 
 Archive* Archive::Get() {
     static Archive* const archive = [] {
-        auto* made = new Archive(HomeFolder(), TheScenario().disks);
-        return made->Works() ? made : nullptr;
+        std::unique_ptr<Archive> made(new Archive(HomeFolder(), TheScenario().disks));
+        return made->Works() ? made.release() : nullptr;
     }();
     return archive;
 }

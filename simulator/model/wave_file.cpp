@@ -1,6 +1,6 @@
 #include "wave_file.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "encoder.h"
 
@@ -22,9 +22,9 @@ void Put(unsigned char* at, unsigned value, int bytes) {
 bool WaveFile::WriteHeader() {
     const auto bytes = static_cast<unsigned>(m_samples * SAMPLE);
     unsigned char header[HEADER] = {};
-    memcpy(header, "RIFF", 4);
+    std::copy_n("RIFF", 4, header);
     Put(header + 4, bytes + HEADER - 8, 4);
-    memcpy(header + 8, "WAVEfmt ", 8);
+    std::copy_n("WAVEfmt ", 8, header + 8);
     Put(header + 16, 16, 4);  // bytes of the format that follows
     Put(header + 20, 1, 2);   // PCM
     Put(header + 22, 1, 2);   // channels
@@ -32,7 +32,7 @@ bool WaveFile::WriteHeader() {
     Put(header + 28, AUDIO_RATE * SAMPLE, 4);  // bytes a second
     Put(header + 32, SAMPLE, 2);               // bytes a moment
     Put(header + 34, SAMPLE * 8, 2);           // bits
-    memcpy(header + 36, "data", 4);
+    std::copy_n("data", 4, header + 36);
     Put(header + 40, bytes, 4);
     return fseek(m_file.get(), 0, SEEK_SET) == 0 && fwrite(header, HEADER, 1, m_file.get()) == 1 &&
            fseek(m_file.get(), 0, SEEK_END) == 0;

@@ -22,9 +22,9 @@ inline long SecondsOf(long hour, long minute, long second) {
 /** A frame whose header stands at an odd address, with nothing readable behind it. */
 class PlayFrame {
 public:
-    PlayFrame(unsigned int number, unsigned int type, long stamp_ms, unsigned int payload)
+    PlayFrame(unsigned int number, unsigned int type, long long stamp_ms, unsigned int payload)
         : m_memory(new unsigned char[sizeof(vexo_frame_header) + 1]) {
-        const long since = SecondsOf(12, 0, 0) * 1000 + stamp_ms;
+        const long long since = SecondsOf(12, 0, 0) * 1000LL + stamp_ms;  // more than the board's long holds
         vexo_frame_header header = {};
         header.magic = VEXO_FRAME_MAGIC;
         header.frame_type = type;
@@ -47,7 +47,7 @@ class TestReader : public vexo_avss_file_reader {
 public:
     TestReader(PlatformMock& platform, std::string name) : m_platform(platform), m_name(std::move(name)) {}
 
-    void Add(unsigned int number, unsigned int type, long stamp_ms, unsigned int payload = 100) {
+    void Add(unsigned int number, unsigned int type, long long stamp_ms, unsigned int payload = 100) {
         std::lock_guard<std::mutex> guard(m_guard);
         m_frames.emplace_back(number, type, stamp_ms, payload);
     }

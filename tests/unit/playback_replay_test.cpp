@@ -268,7 +268,7 @@ TEST_F(Replay, PlayTime_IsLocalTime) {
 
 TEST_F(Replay, PlayTimePast2038_IsUnsigned) {
     Play();
-    Reader().Add(1, VEXO_FRAME_MAIN_KEY, (0xF0000000L - SecondsOf(12, 0, 0)) * 1000);
+    Reader().Add(1, VEXO_FRAME_MAIN_KEY, (0xF0000000LL - SecondsOf(12, 0, 0)) * 1000);
     At(0);
     EXPECT_EQ(TimeOf(HOSTMGR_PLAYTIME_CURRENT).dwYear, sizeof(time_t) == 8 ? 2097u : 1961u);
 }

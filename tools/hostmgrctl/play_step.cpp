@@ -87,6 +87,7 @@ const char* const STEP_FORMS =
 
 std::vector<PlayStep> ParseSteps(const std::vector<std::string>& texts) {
     std::vector<PlayStep> steps;
+    steps.reserve(texts.size());
     for (const std::string& text : texts) {
         steps.push_back(ParseStep(text));
     }

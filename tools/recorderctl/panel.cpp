@@ -110,7 +110,7 @@ std::string Exchange(int socket, const std::string& request) {
 }  // namespace
 
 std::string UsualHome() {
-    const std::string home = Environment("RECORDER_HOME");
+    std::string home = Environment("RECORDER_HOME");
     if (!home.empty()) {
         return home;
     }

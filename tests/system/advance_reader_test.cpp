@@ -112,7 +112,7 @@ TEST_F(AdvanceReaderTest, Pace_NoFrameComesBeforeItsTime) {
         return 0U;
     };
     m_reader->add_reader(excerpt.Get(), &excerpt);
-    const auto begun = std::chrono::steady_clock::now();
+    const auto begun = std::chrono::steady_clock::now();  // the first frame is due later than that
     m_reader->start(0);
     ASSERT_TRUE(Ended(1));
     m_reader->stop();

@@ -104,6 +104,7 @@ TEST_F(AdvanceStopTest, RemoveReader_OfAnother_DoesNotWaitForTheCallback) {
     gate.AwaitReached();
     EXPECT_EQ(m_reader->remove_reader(other.Get()), 0);
     gate.Open();
+    m_reader->stop();
 }
 
 TEST_F(AdvanceStopTest, RemoveReader_FromItsOwnCallback_IsItsLastOne) {

@@ -65,6 +65,23 @@ TEST_F(Time, FromSeconds_GivesLocalTime) {
     EXPECT_THAT(FromSeconds(1719828000), ElementsAre(2024, 7, 1, 12, 0, 0, UNTOUCHED));
 }
 
+TEST_F(Time, FromSeconds_OverTheYearsEnd) {
+    EXPECT_THAT(FromSeconds(1735689599), ElementsAre(2024, 12, 31, 23, 59, 59, UNTOUCHED));
+    EXPECT_THAT(FromSeconds(1735689600), ElementsAre(2025, 1, 1, 0, 0, 0, UNTOUCHED));
+}
+
+TEST_F(Time, FromSeconds_OverTheBeginOfSummerTime) {
+    SetTimeZone(CENTRAL_EUROPE);
+    EXPECT_THAT(FromSeconds(1711846799), ElementsAre(2024, 3, 31, 1, 59, 59, UNTOUCHED));
+    EXPECT_THAT(FromSeconds(1711846800), ElementsAre(2024, 3, 31, 3, 0, 0, UNTOUCHED));
+}
+
+TEST_F(Time, FromSeconds_OverTheEndOfSummerTime) {
+    SetTimeZone(CENTRAL_EUROPE);
+    EXPECT_THAT(FromSeconds(1729990799), ElementsAre(2024, 10, 27, 2, 59, 59, UNTOUCHED));
+    EXPECT_THAT(FromSeconds(1729990800), ElementsAre(2024, 10, 27, 2, 0, 0, UNTOUCHED));
+}
+
 TEST_F(Time, FromSecondsWithoutLocalTime_ZeroesTheSixFields) {
     FailLocaltime(true);
     EXPECT_THAT(FromSeconds(1709251139), ElementsAre(0, 0, 0, 0, 0, 0, UNTOUCHED));
@@ -80,6 +97,11 @@ TEST_F(Time, FromSecondsBeyondTheCalendar_ZeroesTheSixFields) {
 
 TEST_F(Time, ToSeconds_ReadsTheSixFields) {
     EXPECT_EQ(ToSeconds(HostTime(2024, 2, 29, 23, 58, 59)), 1709251139);
+}
+
+TEST_F(Time, ToSeconds_OverTheYearsEnd) {
+    EXPECT_EQ(ToSeconds(HostTime(2024, 12, 31, 23, 59, 59)), 1735689599);
+    EXPECT_EQ(ToSeconds(HostTime(2025, 1, 1)), 1735689600);
 }
 
 TEST_F(Time, ToSeconds_ReadsLocalTime) {

@@ -3,11 +3,30 @@
 #include "hostmgr_text.h"
 #include "vexo_hostmgr_resource.h"
 
+namespace {
+
+/** What the listing shows of a record. Not all of it: its authority may be read under the table lock alone. */
+struct ShownLogin {
+    explicit ShownLogin(const HostMgrUserInfo& user) : dwSlot(user.dwSlot), hLogin(user.hLogin) {
+        memcpy(sUserName, user.sUserName, sizeof(sUserName));
+        memcpy(sPassword, user.sPassword, sizeof(sPassword));
+        memcpy(sIp, user.sIp, sizeof(sIp));
+    }
+
+    uint32_t dwSlot;
+    uint32_t hLogin;
+    char sUserName[sizeof(HostMgrUserInfo::sUserName)];
+    char sPassword[sizeof(HostMgrUserInfo::sPassword)];
+    char sIp[sizeof(HostMgrUserInfo::sIp)];
+};
+
+}  // namespace
+
 // The closing tag repeats the opening one; operators' scripts know it so.
 void vexo_hostmgr_res_manage::DumpLogins(unsigned int /*command*/, vexo_print_func print) {
     for (const HostMgrUserInfo& user : m_user_info) {
         m_record_lock.Lock();
-        const HostMgrUserInfo shown = user;
+        const ShownLogin shown(user);
         m_record_lock.Unlock();
         if (shown.hLogin == 0)
             continue;

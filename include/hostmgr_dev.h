@@ -552,11 +552,11 @@ HOSTMGR_AT(_tagVexoHostMgrALarmStatusInfo, wChannel, 2);
 
 /** A capture task, 32 bytes. */
 struct _tagVexoCapturePictureCfg {
-    uint32_t dwType;       ///< a #HostMgrCaptureType; what is neither 0, 1 nor 2 takes no picture
+    uint32_t dwType;       ///< a #HostMgrCaptureType; any other takes no picture and prints so each second
     uint32_t dwPreTime;    ///< alarm: seconds before the trigger from which pictures are reported
-    uint32_t dwInterval;   ///< alarm: milliseconds between pictures, used in whole seconds; below 1000 every second
-    uint32_t dwPostTime;   ///< alarm: seconds that a trigger lasts
-    uint32_t dwTime;       ///< daily: time of day, hour << 16 | minute << 8 | second
+    uint32_t dwInterval;   ///< alarm: milliseconds between pictures, used in whole seconds; below 2000 every second
+    uint32_t dwPostTime;   ///< alarm: seconds that a trigger lasts; 0xFFFFFFFF for ever
+    uint32_t dwTime;       ///< daily: time of day, hour << 16 | minute << 8 | second; one that no day has never comes
     uint32_t reserved[3];  ///< not read
 };
 static_assert(sizeof(_tagVexoCapturePictureCfg) == 32, "eight words");
@@ -727,7 +727,8 @@ HOSTMGR_AT(_tagVexoHostMgrEncodeCfg, byEncFixedC, 105);
 
 /**
  * One user, 840 bytes. A right is 1 or 0; the tables by channel hold channel c, from 1, in byte c - 1. The numbers in
- * the rights' documentation name the recorder's own flags and masks in their order there, from 1; "inv" is 1 minus it.
+ * the rights' documentation name the recorder's own flags and masks in their order there, from 1; "inv" is 1 for
+ * level 0, else 0.
  */
 struct _tagVexoHostMgrUserInfo {
     char sUserName[32];        ///< empty: no such user, unreadable, or the user "default"
@@ -864,7 +865,11 @@ struct _tagVexoHostMgrEthCfg {
     char sNetMask[16];
     char sIpV6Mask[128];
     uint32_t dwLinkMode;  ///< 5; 0 when the interface could not be read
-    uint8_t byEthNo;      ///< number after the first three letters of its name (eth1: 1), or its index
+    /**
+     * Number after the first three letters of its name (eth1: 1), its low byte, 0 when they are no digits; the index of
+     * an interface whose name is no longer; 0 when the interface could not be read.
+     */
+    uint8_t byEthNo;
     uint8_t reserved1;
     uint16_t wMtu;     ///< 1500 bytes; 0 when the interface could not be read
     char sEthText[6];  ///< a short text of the interface, at most five characters
@@ -1078,7 +1083,10 @@ typedef void (*vexo_hostmgr_alarm_callback)(int hLogin, int lChannel, int lStrea
 /**
  * A picture of a capture task. The file is the library's: it is deleted when the list of pictures is trimmed, the task
  * is stopped or the login ends; copy what is to last.
- * @param pInfo valid until the callback returns.
+ * @param hCapture the task.
+ * @param pInfo a copy, valid until the callback returns. A size of 0 means that there is no file. (An alarm picture
+ * that the library had no memory to keep has its size, but its file is gone already.)
+ * @param pUser as given with the callback.
  */
 typedef void (*vexo_hostmgr_capture_callback)(int hCapture, _tagVexoCapturePictureInfo* pInfo, void* pUser);
 
@@ -1144,11 +1152,11 @@ HOSTMGR_API void vexo_HostMgr_Dev_SetHook_InsertLog(int lSpare, vexo_hostmgr_log
  * @param lStartChan first channel, from 1, at most 128; used by #HOSTMGR_CONFIG_ENCODE, checked with every command.
  * @param lChanNum number of channels; used by #HOSTMGR_CONFIG_ENCODE.
  * @param lpCondBuffer not used, nor is dwCondBufferSize.
- * @param lpOutBuffer to be filled. All of dwOutBufferSize is cleared first, but: FACTORY clears whole entries,
- *   ZERO_CODEC and VERSION clear nothing.
- * @param dwOutBufferSize bytes.
- * @param lpBytesReturned bytes filled, or null. Whole entries for FACTORY; the text's length without its terminator
- *   for PICTURE_DIR.
+ * @param lpOutBuffer to be filled, at any address. All of dwOutBufferSize is cleared first, but: FACTORY clears whole
+ *   entries, ZERO_CODEC and VERSION clear nothing.
+ * @param dwOutBufferSize bytes that there really are.
+ * @param lpBytesReturned bytes filled, or null. Whole entries for FACTORY, filled or not; the text's length without its
+ *   terminator for PICTURE_DIR. Set early by most commands: after a failure its value means nothing.
  * @return 0; -1: not initialised, no buffer or size 0, lStartChan above 128 (a negative one passes), unknown command, a
  *   size that the command does not take, or
  *   - DEVICE: below 132 bytes, or no capability record. Any other size than 132 and 164 gives 0 and writes nothing;
@@ -1156,9 +1164,11 @@ HOSTMGR_API void vexo_HostMgr_Dev_SetHook_InsertLog(int lSpare, vexo_hostmgr_log
  *   - ZERO_CODEC: resolution ability (or an empty one), resolution, bit rate or frame rate cannot be read;
  *   - NETWORK: no capability record, or more than 16 interfaces or bonds; what else cannot be read is left at zero or
  *     at its default;
- *   - FACTORY: no file, no XML, or no item found among the first size / 304 of the file. An item that has its value in
- *     the old attribute "Uuid" gets it in "content", too, and the file is saved;
- *   - PICTURE_DIR: no disk, or none that is normal, above 16 MB, and has a partition of a size value above 15.
+ *   - FACTORY: no file, no XML, no document to be had, or no item with a value among the first size / 304 of the file:
+ *     an item without one takes no entry, but counts. An item that has its value in the old attribute "Uuid" gets it in
+ *     "content", too, and the file is saved;
+ *   - PICTURE_DIR: no disk, or none that is normal, above 16 MB, and has a partition of a size value above 15. A path
+ *     that does not fit is cut here, and made whole on the disk.
  *   After a failure the buffer may be cleared or partly filled. Wrong sizes are silent for DEVICE, ENCODE, DEVICE_TIME,
  *   USERS, ZERO_CODEC, NETWORK, PLATFORMS and FACTORY. Disks, channels and users that cannot be read are left at zero,
  *   platforms left out; that is no failure.
@@ -1168,13 +1178,14 @@ HOSTMGR_API int vexo_HostMgr_Dev_GetConfig(int hLogin, unsigned int dwCommand, i
                                            unsigned int dwOutBufferSize, unsigned int* lpBytesReturned);
 
 /**
- * Writes factory items into the recorder. Its data is the SECOND buffer.
+ * Writes factory items into the recorder. Its data is the SECOND buffer. An item that the recorder has is replaced, one
+ * that it does not have is added.
  * @param dwCommand #HOSTMGR_SETCONFIG_FACTORY, the only one.
  * @param lStartChan not used, nor are lChanNum, lpCondBuffer and dwCondBufferSize.
  * @param lpInBuffer array of #_tagVexoHostMgrFactoryInfo; entries without a name are skipped.
  * @param dwInBufferSize bytes, at least 304; a remainder below 304 is ignored.
- * @return 0; -1: the frame's failures, unknown command, no buffer or too small, or an item that the recorder refuses
- *   (the entries before it stay written).
+ * @return 0; -1: not initialised, hLogin below 1 or not logged in (said in words of its own), unknown command, no
+ * buffer or too small, or an item that the recorder refuses (the entries before it stay written).
  */
 HOSTMGR_API int vexo_HostMgr_Dev_SetConfig(int hLogin, unsigned int dwCommand, int lStartChan, int lChanNum,
                                            void* lpCondBuffer, unsigned int dwCondBufferSize, void* lpInBuffer,
@@ -1186,10 +1197,10 @@ HOSTMGR_API int vexo_HostMgr_Dev_GetAbility(int hLogin, unsigned int dwAbilityTy
 
 /**
  * Reads a document that SaveCfg saved. Takes no lock; no login is needed.
- * @param pHostMgrName the document's name, /config/hostmgr_NAME.xml.
+ * @param pHostMgrName the document's name, /config/hostmgr_NAME.xml, of any length the recorder's file system takes.
  * @return its XML, NUL-terminated, in at least 1024 bytes from malloc(): the caller releases it with free(). An empty
- *   text when the document could not be written out as text. Null: not initialised, no name, no such file, no XML in
- *   it, or no memory.
+ *   text, or part of it, when the document could not be written out as text. Null: not initialised, no name, no such
+ *   file, no XML in it (silently), no document to be had or its size not to be told, or no memory.
  */
 HOSTMGR_API char* vexo_HostMgr_Dev_ReadCfg(char* pHostMgrName);
 
@@ -1200,7 +1211,8 @@ HOSTMGR_API char* vexo_HostMgr_Dev_ReadCfg(char* pHostMgrName);
  * @param pXml the document; read up to its terminating NUL, whatever dwXmlSize says.
  * @param dwXmlSize must not be 0; otherwise only printed.
  * @return 0, even when the file could NOT be written (the console says so): read it back to be sure. -1: not
- *   initialised, no name or text, size 0, or malformed XML (an earlier document stays as it was).
+ *   initialised, no name or text, size 0, no document to be had, no memory, or malformed XML (an earlier document stays
+ *   as it was).
  */
 HOSTMGR_API int vexo_HostMgr_Dev_SaveCfg(char* pHostMgrName, char* pXml, unsigned int dwXmlSize);
 
@@ -1510,26 +1522,32 @@ HOSTMGR_API int vexo_HostMgr_Dev_CapturePicture(int hLogin, int lChannel, int lS
                                                 unsigned int dwBufferSize, unsigned int* lpSizeReturned);
 
 /**
- * Starts a capture task. Its pictures are JPEG files in host_pic/agentsh_capture on a disk of the recorder; that
- * directory is emptied, of other logins' pictures too, when a login starts its first task. While there is no such disk,
- * no picture is taken. Waits while a picture callback of the login runs.
+ * Starts a capture task. The login's capture thread looks at its tasks once a second. The pictures are JPEG files in
+ * host_pic/agentsh_capture on a disk of the recorder, the last one that is local, external or an array, in normal
+ * state, with a partition of 1024 MB or more; that directory is emptied, of other logins' pictures too, when a login
+ * starts its first task and when it had vanished. While there is no such disk, no picture is taken. Of a login's
+ * pictures the oldest go, see #HOSTMGR_MAX_CAPTURE_PICTURES. Two tasks of one kind and channel take the same files,
+ * named after channel and time. Waits while a picture callback of the login runs.
  * @param lChannel channel, from 1; not checked here.
  * @param lStreamIdx reported back, otherwise not used.
  * @param pCfg the task; copied.
  * @param pfnCallBack gets the pictures; without one none is taken.
  * @param pUser handed back to it.
- * @return the task handle, to be given to StopCapturePicture; -1: the frame's failures, pCfg null (silently), or
- *   #HOSTMGR_MAX_CAPTURE_TASKS of this login running.
+ * @return the task handle, to be given to StopCapturePicture, also when the capture thread could not be made (the next
+ *   start tries again); -1: the frame's failures, pCfg null (silently), or #HOSTMGR_MAX_CAPTURE_TASKS of this login
+ *   running.
  */
 HOSTMGR_API int vexo_HostMgr_Dev_StartCapturePicture(int hLogin, int lChannel, int lStreamIdx,
                                                      _tagVexoCapturePictureCfg* pCfg,
                                                      vexo_hostmgr_capture_callback pfnCallBack, void* pUser);
 
 /**
- * Tells a capture task that an alarm has begun; the agent decides which alarm concerns which task. An alarm task then
- * reports the pictures of the last dwPreTime seconds, and each new one until dwPostTime seconds have passed; a trigger
- * that is running is not prolonged. Other kinds of task only change their callback. Waits while a picture callback of
- * the login runs.
+ * Tells a capture task that an alarm has begun; the agent decides which alarm concerns which task. An alarm task takes
+ * pictures from its start on. With the trigger it reports those of the last dwPreTime seconds, then each new one until
+ * dwPostTime seconds have passed, counted from 0 and with the trigger's start; a picture that could not be taken is
+ * reported with size 0. A trigger that is running is not prolonged, also in the second or so until the capture thread
+ * has noticed its end. Other kinds of task only change their callback. Waits while a picture callback of the login
+ * runs.
  * @param pfnCallBack replaces the task's callback, null too; with pUser.
  * @return 0; -1: the frame's failures, or no such task.
  */

@@ -255,12 +255,13 @@ enum vexo_talk_mode : unsigned int {
  * with VEXO_TALK_CHANNEL the camera's; with VEXO_TALK_DEVICE 0 and without meaning.
  */
 int vexo_model_start_talking(unsigned int id, vexo_talk_mode mode, unsigned int channel, unsigned int* talk);
+/** Another thread's fetch or play that the stop overtakes fails, and so must one that comes just after it. */
 int vexo_model_stop_talking(unsigned int talk);
 
 /**
  * Copies the next captured frame, header and payload, into buffer; a failure when there is none yet, and when size is
- * less than a header. What is beyond size bytes is left out, so that the header may claim more than was copied. Frames
- * come 25 a second, 320 samples of G.711 A-law at 8000 Hz each; the oldest go when nobody fetches them.
+ * less than a header. What is beyond size bytes is left out, so that the header may claim more than was copied. As a
+ * rule frames come 25 a second, 320 samples of G.711 A-law at 8000 Hz each; the oldest go when nobody fetches them.
  */
 int vexo_model_get_talking_frame(unsigned int talk, unsigned char* buffer, unsigned int size);
 
@@ -316,10 +317,14 @@ int vexo_model_set_record_manual_enable(unsigned int id, unsigned int channel, V
 
 // ---- pictures ------------------------------------------------------------------------------------------------------
 
-/** Takes a JPEG of a channel now, into a file; *size receives its length in bytes. */
+/**
+ * Takes a JPEG of a channel now, of its main stream's size, into a file; *size receives its length in bytes. A file
+ * that is there is replaced; the folder must exist. A login that does not stand, or a channel that is not there, is a
+ * failure; a camera without signal gives the picture that says so. After a failure no part of the picture is left.
+ */
 int vexo_model_capture(unsigned int id, unsigned int channel, const char* path, unsigned int* size);
 
-/** Takes a JPEG of a channel now, into a buffer of that many bytes; one that is too small is a failure. */
+/** As above, into a buffer of that many bytes; one that is too small is a failure and stays as it is. */
 int vexo_model_capture(unsigned int id, unsigned int channel, char* buffer, unsigned int buffer_size,
                        unsigned int* size);
 
@@ -329,21 +334,22 @@ int vexo_model_capture(unsigned int id, unsigned int channel, char* buffer, unsi
 struct vexo_disk_identity {
     unsigned int type;  ///< 1 local, 2 external, 3 network, 4 array
     char name[64];
-    unsigned int address;  ///< a local disk's slot address
+    unsigned int address;  ///< a local disk's slot address, its most significant byte first; 0 of others
 };
 
 struct vexo_hard_disk_info {
     vexo_disk_identity identity;
-    unsigned int state;          ///< 3: normal
+    unsigned int state;          ///< 3: normal; anything else: not to be used (here 1 not formatted, 2 broken)
     unsigned int size_mb;        ///< capacity in megabytes
     unsigned int partition_num;  ///< entries of partition that hold; readers never go past the array
     struct {
         char mount_path[128];
         unsigned int size;  ///< in megabytes
-    } partition[16];
+    } partition[16];        ///< recordings lie on the first one; folders exist while the disk is shown
 };
 constexpr unsigned int VEXO_DISK_STATE_NORMAL = 3;
 
+/** A disk's index counts from 0 and stays the same while the recorder runs. */
 int vexo_model_get_hard_disk_num(unsigned int* num);
 int vexo_model_get_hard_disk_info(unsigned int index, vexo_hard_disk_info* info);
 /** Non-zero when the disk is being recorded to. */
@@ -355,6 +361,7 @@ struct vexo_ipc_connect_cfg {
     unsigned int address_kind;  ///< 0: address is an IP address; 1: a host name
     char address[128];          ///< may be unterminated when it fills the field
 };
+/** Connected: the channel's camera is there and has its signal. */
 int vexo_model_get_ipc_connect_status(unsigned int channel, VEXO_BOOL* connected);
 int vexo_model_get_ipc_connect_cfg(unsigned int channel, vexo_ipc_connect_cfg* cfg);
 /** Non-zero when the channel is being recorded. */
@@ -367,7 +374,7 @@ struct vexo_enc_para {
     unsigned int width;    ///< pixels
     unsigned int height;   ///< pixels
     unsigned int fps;      ///< frames a second
-    unsigned int quality;  ///< word 5: level of the variable bit rate
+    unsigned int quality;  ///< word 5: level of the variable bit rate, 1 poor to 6 best
     unsigned int reserved[12];
     unsigned int bps;  ///< word 18: kbit/s
     unsigned int gop;  ///< frames from key frame to key frame
@@ -394,11 +401,11 @@ int vexo_model_get_sata_info(vexo_sata_info* info);
 /** 0: main and sub stream are recorded; otherwise the main stream alone. */
 int vexo_model_get_rec_stream_mode(unsigned int* mode);
 
-/** The name of the interface that the default route uses. */
+/** The name of the interface that the default route uses; one that does not fit into len bytes is a failure. */
 int vexo_model_get_default_if(char* name, unsigned int len);
 
 struct vexo_pppoe_status {
-    unsigned int link_up;  ///< word 0
+    unsigned int link_up;  ///< word 0: 0: neither address holds
     unsigned int ipv4;     ///< word 1: non-zero: the link has an IPv4 address, else an IPv6 address
     char ip_addr[16];
     char ipv6_addr[128];
@@ -411,9 +418,11 @@ struct vexo_hostlib_factory_info {
     char value[256];  ///< may be unterminated when it fills the field
     unsigned char reserved[16];
 };
+/** Items stand in the order in which they were added and outlast reboot and factory restore. A text that fills its
+ * field has no terminator. */
 int vexo_model_get_host_manage_factory_info_num(unsigned int* num);
 int vexo_model_get_host_manager_factory_info(unsigned int index, vexo_hostlib_factory_info* info);
-/** Sets the item of that name, or adds it. */
+/** Sets the item of that name, or adds it; an empty name, and more items than the recorder keeps, are failures. */
 int vexo_model_set_host_manager_factory_info_force(vexo_hostlib_factory_info info);
 
 // ---- log -----------------------------------------------------------------------------------------------------------

@@ -145,14 +145,18 @@ int vexo_utility_delete_dir(const char* path);
 /** The value of get_content_size that stands for failure. */
 constexpr unsigned int VEXO_XML_NO_SIZE = 0xFFFFFFFF;
 
-/** One XML document; for one thread at a time. Texts go out NUL-terminated and cut to their capacity. */
+/**
+ * One XML document; for one thread at a time. Texts go out NUL-terminated and cut to their capacity. A text between the
+ * marks comes out byte for byte as it went in. Names are compared to the letter; an element or child of a name is the
+ * first one of that name, in the order of the text and at any depth for the element.
+ */
 class vexo_xml_operate {
 public:
     /** Replaces the document by a file's; on failure the document is empty. */
     virtual int load_file(const char* path) = 0;
-    /** Replaces the document by a NUL-terminated text's; malformed text is a failure. */
+    /** As load_file, by a NUL-terminated text's; malformed text, and text with more than one root, is a failure. */
     virtual int load_content(const char* text) = 0;
-    /** Writes the document to a file, whole or not at all. */
+    /** Writes the document to a file, whole or not at all; the folder must exist. An empty document is a failure. */
     virtual int save_content(const char* path) = 0;
     /** Writes the document as text; *exported receives its length without terminator. Too small a buffer: failure. */
     virtual int export_content(char* buffer, unsigned int capacity, unsigned int* exported) = 0;
@@ -161,9 +165,9 @@ public:
     /** Reads an attribute of the first child of that name under the first element of that name. */
     virtual int get_attribute(const char* element, const char* child, const char* attribute, char* value,
                               unsigned int capacity) = 0;
-    /** Sets, or adds, an attribute of that child. */
+    /** Sets, or adds, an attribute of that child; a child that is not there is a failure. */
     virtual int set_attribute(const char* element, const char* child, const char* attribute, const char* value) = 0;
-    /** The name of child number index, counted from 0, under the first element of that name. */
+    /** The name of child number index, counted from 0, under that element; elements alone count. */
     virtual int get_child_name(const char* element, unsigned int index, char* name, unsigned int capacity) = 0;
 
 protected:

@@ -412,3 +412,11 @@ int vexo_model_set_host_manager_factory_info_force(vexo_hostlib_factory_info inf
 void vexo_model_set_log_hook(vexo_log_hook hook, void* user) {
     Called(__func__).vexo_model_set_log_hook(hook, user);
 }
+
+// ---- the C library
+// --------------------------------------------------------------------------------------------------- The linker sends
+// every call of it here.
+extern "C" int __wrap_unlink(const char* path);
+int __wrap_unlink(const char* path) {
+    return Called("unlink", path).unlink(path);
+}

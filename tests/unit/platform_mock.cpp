@@ -276,7 +276,10 @@ void PlatformMock::SetTimeDefaults() {
 
 // ---- model library -------------------------------------------------------------------------------------------------
 
+extern "C" int __real_unlink(const char* path);
+
 void PlatformMock::SetModelDefaults() {
+    ON_CALL(*this, unlink(_)).WillByDefault(__real_unlink);
     ON_CALL(*this, vexo_model_get_usr_info_byname(_, _)).WillByDefault([](const char*, vexo_dev_usr_info* info) {
         snprintf(info->usr_name, sizeof(info->usr_name), "admin");
         snprintf(info->usr_password, sizeof(info->usr_password), "secret");

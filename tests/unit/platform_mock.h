@@ -231,6 +231,9 @@ public:
     MOCK_METHOD(int, vexo_model_get_host_manager_factory_info, (unsigned int index, vexo_hostlib_factory_info*));
     MOCK_METHOD(int, vexo_model_set_host_manager_factory_info_force, (vexo_hostlib_factory_info));
     MOCK_METHOD(void, vexo_model_set_log_hook, (vexo_log_hook, void* user));
+
+    // ---- the C library, where the record needs it ----
+    MOCK_METHOD(int, unlink, (const char* path));
 };
 extern template class PlatformMethods<void>;
 
@@ -239,7 +242,8 @@ extern template class PlatformMethods<void>;
  *
  * Defaults: everything succeeds; memory is real and filled with 0xA5; locks really lock; threads are not started and
  * get the ids 1001, 1002 ...; sleeping moves the test clock; time arithmetic is right; the user "admin" exists with the
- * password "secret"; logins get the ids 1, 2 ... (NextLogin); there is no frame, event, file, disk or recording.
+ * password "secret"; logins get the ids 1, 2 ... (NextLogin); there is no frame, event, file, disk or recording; unlink
+ * is the real one.
  *
  * Each call is recorded, before its action runs, as "operation(inputs)": texts bare, null as null, numbers decimal but
  * purposes and stack sizes (0x...), locks by name, memory by its purpose, addresses by their text, list positions as

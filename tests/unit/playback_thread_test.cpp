@@ -157,73 +157,66 @@ TEST_F(PlayThreads, LogoutDuringACallback_WaitsForItAndLeavesNothing) {
 
 // ---- channels that go ----------------------------------------------------------------------------------------------
 
+class Deleting : public PlayThreads {
+protected:
+    /**
+     * Deletes a channel while a pass that began when the command had let the lock go is in the first channel's
+     * callback. Whether the channel's reader was gone before the pass went on.
+     */
+    bool DeleteDuringAPass(int channel) {
+        Signal inside;
+        Signal deleted;
+        std::thread pass;
+        receiver.meanwhile = [&](const Received& received) {
+            if (received.hStream == 0x5010001) {
+                inside.Give();
+                deleted.Await();
+            }
+        };
+        platform.Lock(PLAY_LOCK).after_unlock = [&](const std::string& function) {
+            if (function == CONTROL) {
+                pass = std::thread([&] { threads.Step(1); });
+                inside.Await();
+            }
+        };
+        bool gone = false;
+        RawConsole([&] {
+            EXPECT_EQ(Control(HOSTMGR_PLAYCMD_DELCHAN, channel), 0);
+            gone = Reader(channel).deleted;
+            deleted.Give();
+            pass.join();
+        });
+        receiver.meanwhile = nullptr;
+        platform.Lock(PLAY_LOCK).after_unlock = nullptr;
+        return gone;
+    }
+};
+
 // The command has let the lock go and a pass has begun: the channel is out of the list at once, and freed by the pass.
-TEST_F(PlayThreads, DeleteDuringAPass_DoesNotWaitAndThePassFrees) {
+TEST_F(Deleting, DeleteDuringAPass_DoesNotWaitAndThePassFrees) {
     Play(1, HOSTMGR_PLAYMODE_DOWNLOAD);
     RawConsole([this] { Receive(Start(2, HOSTMGR_PLAYMODE_DOWNLOAD)); });
     Reader(1).Add({0, 1});
     Reader(2).Add({0, 1});
-    Signal inside;
-    Signal deleted;
-    std::thread pass;
-    receiver.meanwhile = [&](const Received& received) {
-        if (received.hStream == 0x5010001) {
-            inside.Give();
-            deleted.Await();
-        }
-    };
-    platform.Lock(PLAY_LOCK).after_unlock = [&](const std::string& function) {
-        if (function == CONTROL) {
-            pass = std::thread([&] { threads.Step(1); });
-            inside.Await();
-        }
-    };
-    RawConsole([&] {
-        EXPECT_EQ(Control(HOSTMGR_PLAYCMD_DELCHAN, 1), 0);
-        EXPECT_FALSE(Reader(1).deleted);
-        deleted.Give();
-        pass.join();
-    });
+    EXPECT_FALSE(DeleteDuringAPass(1));
     EXPECT_TRUE(Reader(1).deleted);
     EXPECT_THAT(receiver.Take(), ElementsAre("1", "1")) << "the other channel loses no frame";
-    platform.Lock(PLAY_LOCK).after_unlock = nullptr;
     EXPECT_THAT(At(0), ElementsAre("2"));
     EXPECT_EQ(Stop(), 0);
     ExpectNothingHeld();
 }
 
-TEST_F(PlayThreads, NextChannelDeletedDuringAPass_IsNotRead) {
+TEST_F(Deleting, NextChannelDeletedDuringAPass_IsNotRead) {
     for (const int channel : {1, 2, 3})
         Play(channel, HOSTMGR_PLAYMODE_DOWNLOAD);
     Reader(1).Add({0, 1});
     Reader(2).Add({0, 1});
     Reader(3).Add({0, 1});
-    Signal inside;
-    Signal deleted;
-    std::thread pass;
-    receiver.meanwhile = [&](const Received& received) {
-        if (received.hStream == 0x5010001) {
-            inside.Give();
-            deleted.Await();
-        }
-    };
-    platform.Lock(PLAY_LOCK).after_unlock = [&](const std::string& function) {
-        if (function == CONTROL) {
-            pass = std::thread([&] { threads.Step(1); });
-            inside.Await();
-        }
-    };
-    RawConsole([&] {
-        EXPECT_EQ(Control(HOSTMGR_PLAYCMD_DELCHAN, 2), 0);
-        EXPECT_TRUE(Reader(2).deleted) << "nobody was at it";
-        deleted.Give();
-        pass.join();
-    });
+    EXPECT_TRUE(DeleteDuringAPass(2)) << "nobody was at it";
     std::vector<int> streams;
     for (const Received& received : receiver.TakeAll())
         streams.push_back(received.hStream);
     EXPECT_THAT(streams, ElementsAre(0x5010001, 0x5010003));
-    platform.Lock(PLAY_LOCK).after_unlock = nullptr;
 }
 
 // ---- opening -------------------------------------------------------------------------------------------------------

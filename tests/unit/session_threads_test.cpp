@@ -88,6 +88,28 @@ TEST_F(SessionThreads, EightThreadsLogInAndOutWhileFramesAreRead_NothingIsLostOr
     EXPECT_THAT(platform.HeldLocks(), IsEmpty());
 }
 
+// The authority of a record changes under the table lock alone, which the listing does not take.
+TEST_F(SessionThreads, LoginsComeAndGoWhileTheyAreListed_EachIsListedWhole) {
+    ON_CALL(platform, vexo_model_get_usr_authority).WillByDefault([](const char*, vexo_dev_usr_authority* authority) {
+        authority->level_a = 1;
+        return 0;
+    });
+    std::atomic<int> busy{4};
+    OnThreads(5, [&](int number) {
+        if (number < 4) {
+            for (int round = 0; round < 40; ++round)
+                EXPECT_EQ(vexo_HostMgr_Dev_Logout(LoginRemotely()), 0);
+            --busy;
+            return;
+        }
+        do {
+            TakePieces();
+            platform.Diagnostics().client->diagnose(0, CollectPrint);
+            EXPECT_EQ(TakePieces().size() % 3, 1u) << "a heading, and three lines a login";
+        } while (busy != 0);
+    });
+}
+
 TEST_F(SessionThreads, BuffersOfOneLogin_AreOpenedReadAndClosedByManyThreads) {
     LogInAll({0x501});
     OnThreads(4, [](int number) {

@@ -108,6 +108,7 @@ testing::Matcher<const std::string&> FailedAssertion(const std::string& file, co
 
 static std::atomic<long long> s_clock{1700000000LL * 1000000 + 123456};  // microseconds since 1970
 static std::atomic<bool> s_localtime_fails{false};
+static std::atomic<int> s_minutes_west{0};
 
 void SetClock(long seconds, long microseconds) {
     s_clock = seconds * 1000000LL + microseconds;
@@ -126,6 +127,10 @@ void FailLocaltime(bool fails) {
     s_localtime_fails = fails;
 }
 
+void SetMinutesWest(int minutes) {
+    s_minutes_west = minutes;
+}
+
 // The linker sends every call of these three here.
 extern "C" {
 int __wrap_gettimeofday(struct timeval* now, void* zone);
@@ -133,8 +138,10 @@ time_t __wrap_time(time_t* now);
 struct tm* __wrap_localtime_r(const time_t* seconds, struct tm* local);
 struct tm* __real_localtime_r(const time_t* seconds, struct tm* local);
 
-int __wrap_gettimeofday(struct timeval* now, void* /*zone*/) {
+int __wrap_gettimeofday(struct timeval* now, void* zone) {
     const long long clock = s_clock;
+    if (zone != nullptr)
+        static_cast<struct timezone*>(zone)->tz_minuteswest = s_minutes_west;
     now->tv_sec = static_cast<time_t>(clock / 1000000);
     now->tv_usec = static_cast<suseconds_t>(clock % 1000000);
     return 0;
@@ -152,7 +159,48 @@ struct tm* __wrap_localtime_r(const time_t* seconds, struct tm* local) {
 }
 }
 
+// ---- files ---------------------------------------------------------------------------------------------------------
+
+static const char CONFIG_DIRECTORY[] = "/config/";
+static std::string s_config_directory;
+
+void SetConfigDirectory(const std::string& directory) {
+    s_config_directory = directory;
+}
+
+std::string FilePath(const char* path) {
+    const size_t prefix = strlen(CONFIG_DIRECTORY);
+    if (strncmp(path, CONFIG_DIRECTORY, prefix) != 0)
+        return path;
+    return s_config_directory.empty() ? "" : s_config_directory + "/" + (path + prefix);
+}
+
+extern "C" {
+int __wrap_access(const char* path, int mode);
+int __real_access(const char* path, int mode);
+
+int __wrap_access(const char* path, int mode) {
+    return __real_access(FilePath(path).c_str(), mode);
+}
+}
+
 // ---- memory --------------------------------------------------------------------------------------------------------
+
+static std::atomic<size_t> s_calloc_fails_from{0};
+
+void FailCallocFrom(size_t bytes) {
+    s_calloc_fails_from = bytes;
+}
+
+extern "C" {
+void* __wrap_calloc(size_t count, size_t size);
+void* __real_calloc(size_t count, size_t size);
+
+void* __wrap_calloc(size_t count, size_t size) {
+    const size_t limit = s_calloc_fails_from;
+    return limit != 0 && count * size >= limit ? nullptr : __real_calloc(count, size);
+}
+}
 
 static std::atomic<int> s_new_fails_in{0};
 

@@ -45,10 +45,23 @@ void SetTimeZone(const char* zone);
 /** localtime_r fails until it is told otherwise. */
 void FailLocaltime(bool fails);
 
+/** The time zone that gettimeofday tells with the time: minutes west of UTC; 0 at first. */
+void SetMinutesWest(int minutes);
+
+// ---- files ---------------------------------------------------------------------------------------------------------
+
+/** Where access looks for the recorder's /config/ from now on; an empty text: there is no such directory. */
+void SetConfigDirectory(const std::string& directory);
+/** A path as the library gives it, in that directory when it is one of /config/. */
+std::string FilePath(const char* path);
+
 // ---- memory --------------------------------------------------------------------------------------------------------
 
 /** The nth new (std::nothrow) from now on gives null, once; 1 is the next. */
 void FailNothrowNew(int nth);
+
+/** Each calloc of so many bytes and more gives null from now on; 0: none does. */
+void FailCallocFrom(size_t bytes);
 
 /** What is allocated while one lives may be leaked: for the one leak that is part of the library's contract, the module
  *  objects that a failed login leaves behind and a later login overwrites. */

@@ -51,6 +51,7 @@ vexo_network_cap MakeNetworkCap() {
     for (const simulator::InterfaceSettings& settings : TheScenario().network.interfaces) {
         Put(settings.name, cap.eth[cap.eth_num++].name);
     }
+    cap.bond_num = TheScenario().network.bonds;
     return cap;
 }
 
@@ -114,10 +115,13 @@ int vexo_cfgm_get_local_eth_cfg(const char* ifname, vexo_eth_cfg* cfg) {
         if (settings.name == ifname) {
             *cfg = {};
             cfg->dhcp = settings.dhcp ? 1 : 0;
-            Put(settings.dhcp ? "dhcp" : "static", cfg->text);
+            Put(settings.dhcp ? "dhcp" : "fixed", cfg->text);
             Put(settings.address, cfg->ip_addr);
             Put(settings.mask, cfg->net_mask);
             Put(settings.gateway, cfg->gateway);
+            Put(settings.ipv6_address, cfg->ipv6_addr);
+            Put(settings.ipv6_address.empty() ? "" : std::to_string(settings.ipv6_prefix), cfg->ipv6_mask);
+            Put(settings.ipv6_gateway, cfg->ipv6_gateway);
             return 0;
         }
     }
@@ -131,6 +135,8 @@ int vexo_cfgm_get_dns_cfg(vexo_dns_cfg* cfg) {
     *cfg = {};
     Put(TheScenario().network.dns1, cfg->dns1);
     Put(TheScenario().network.dns2, cfg->dns2);
+    Put(TheScenario().network.ipv6_dns1, cfg->ipv6_dns1);
+    Put(TheScenario().network.ipv6_dns2, cfg->ipv6_dns2);
     return 0;
 }
 

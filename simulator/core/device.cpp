@@ -8,8 +8,7 @@ namespace simulator {
 namespace {
 
 constexpr unsigned KIND_RECORDER = 1;
-constexpr unsigned LIVE_VIEW = 0;  ///< index of the mask, local and remote
-constexpr unsigned PLAYBACK = 1;
+constexpr unsigned KIND_HYBRID = 3;
 
 /** Ten bytes that are always the same for one seed. */
 void FillIdentity(unsigned seed, unsigned char (&identity)[10]) {
@@ -21,15 +20,18 @@ void FillIdentity(unsigned seed, unsigned char (&identity)[10]) {
 
 vexo_dev_capability MakeCapability(const Scenario& scenario) {
     vexo_dev_capability capability = {};
-    capability.device_kind = KIND_RECORDER;
+    capability.device_kind = scenario.capability.hybrid ? KIND_HYBRID : KIND_RECORDER;
     capability.device_class = 1;
     FillIdentity(scenario.seed, capability.identity);
-    capability.analog_channels = static_cast<unsigned>(scenario.cameras.size());
-    capability.total_channels = capability.analog_channels;
+    capability.analog_channels = scenario.capability.analog_channels;
+    capability.total_channels = static_cast<unsigned>(scenario.cameras.size());
     capability.alarm_inputs = scenario.alarm_inputs;
+    capability.alarm_outputs = scenario.capability.alarm_outputs;
     sscanf(scenario.version.c_str(), "%u.%u", &capability.software_major, &capability.software_minor);
     snprintf(capability.build_date, sizeof capability.build_date, "%s", scenario.build_date.c_str());
-    capability.hardware_major = 1;
+    sscanf(scenario.capability.hardware.c_str(), "%u.%u", &capability.hardware_major, &capability.hardware_minor);
+    capability.disk_slots = scenario.capability.disk_slots;
+    capability.usb_ports = static_cast<unsigned char>(scenario.capability.usb_ports);
     capability.network_ports = static_cast<unsigned char>(scenario.network.interfaces.size());
     return capability;
 }
@@ -64,6 +66,16 @@ vexo_dev_usr_authority AllRights() {
     return rights;
 }
 
+template <size_t FLAGS, size_t MASKS>
+void Give(const RightsSettings& given, unsigned (&flags)[FLAGS], vexo_channel_mask (&masks)[MASKS]) {
+    for (const unsigned right : given.flags) {
+        flags[right - 1] = 1;
+    }
+    for (const ChannelRight& right : given.masks) {
+        masks[right.right - 1] = MaskOf(right.channels);
+    }
+}
+
 }  // namespace
 
 const vexo_dev_capability& TheCapability() {
@@ -76,12 +88,10 @@ vexo_dev_usr_authority AuthorityOf(const UserSettings& user) {
         return AllRights();
     }
     vexo_dev_usr_authority rights = {};
-    rights.level_a = 1;
-    rights.level_b = 1;
-    for (unsigned right : {LIVE_VIEW, PLAYBACK}) {
-        rights.local_mask[right] = MaskOf(user.channels);
-        rights.remote_mask[right] = MaskOf(user.channels);
-    }
+    rights.level_a = user.change_parameters ? 0 : 1;
+    rights.level_b = user.manage_disks ? 0 : 1;
+    Give(user.local, rights.local_flag, rights.local_mask);
+    Give(user.remote, rights.remote_flag, rights.remote_mask);
     return rights;
 }
 

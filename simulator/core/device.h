@@ -11,11 +11,8 @@ namespace simulator {
 /** The capability record of the running scenario; valid and unchanged for the process's life. */
 const vexo_dev_capability& TheCapability();
 
-/**
- * A user's rights. An administrator has every flag and every channel of the recorder. Any other user may change nothing
- * (both levels 1, no flags) and has the first mask (live view) and the second (playback), local and remote, on the
- * channels that the scenario gives.
- */
+/** A user's rights: an administrator has every flag and every channel of the recorder, any other user what the scenario
+ *  gives. */
 vexo_dev_usr_authority AuthorityOf(const UserSettings& user);
 
 }  // namespace simulator

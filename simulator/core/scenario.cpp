@@ -4,25 +4,27 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <set>
 
+#include "core/factory.h"
 #include "core/json_section.h"
 #include "core/operations.h"
+#include "core/scenario_capability.h"
 #include "core/scenario_device.h"
 #include "core/scenario_network.h"
 #include "core/scenario_recordings.h"
+#include "core/scenario_users.h"
 
 namespace simulator {
 namespace {
 
 constexpr unsigned MAX_CHANNELS = 256;
 constexpr unsigned USUAL_CHANNELS = 4;
-constexpr size_t MAX_USERS = 128;
 constexpr size_t MAX_FAULTS = 1000;
 constexpr size_t MAX_EVENTS = 1000;
 constexpr unsigned USUAL_INPUTS = 4;
 constexpr size_t NAME_BYTES = 63;  ///< what the platform's name fields hold
 constexpr size_t PATH_BYTES = 4095;
+constexpr size_t ADDRESS_BYTES = 127;  ///< what the platform's field holds
 constexpr unsigned MOST = 0xFFFFFFFF;
 
 constexpr Bounds CHANNELS = {1, MAX_CHANNELS, "channels"};
@@ -30,6 +32,7 @@ constexpr Bounds SIZE = {64, 4096, "pixels"};
 constexpr Bounds FPS = {1, 60, "frames a second"};
 constexpr Bounds GOP = {1, 300, "frames from key frame to key frame"};
 constexpr Bounds KBPS = {16, 50000, "kbit/s"};
+constexpr Bounds QUALITY = {1, 6, "1 poor to 6 best"};
 constexpr Bounds AUDIO_HZ = {0, 3900, "Hz, 0 for silence"};
 constexpr Bounds FRAMES_KEPT = {25, 2000, "frames"};
 
@@ -49,6 +52,8 @@ VideoSettings ReadVideo(JsonSection section, const VideoSettings& usual) {
     video.fps = section.Whole("fps", usual.fps, FPS);
     video.gop = section.Whole("gop", usual.gop, GOP);
     video.kbps = section.Whole("kbps", usual.kbps, KBPS);
+    video.constant = section.Truth("constant", usual.constant);
+    video.quality = section.Whole("quality", usual.quality, QUALITY);
     section.RefuseOtherKeys();
     return video;
 }
@@ -62,6 +67,7 @@ void ReadAudio(JsonSection section, size_t index, CameraSettings& camera) {
 CameraSettings ReadCamera(JsonSection section, size_t index) {
     CameraSettings camera;
     camera.name = section.Text("name", "Camera " + std::to_string(index + 1), 1, NAME_BYTES);
+    camera.address = section.Text("address", "192.0.2." + std::to_string(101 + index % 128), 1, ADDRESS_BYTES);
     camera.source = section.Text("source", "scene", 1, PATH_BYTES);
     camera.main = ReadVideo(section.Object("main"), USUAL_MAIN);
     camera.sub = ReadVideo(section.Object("sub"), USUAL_SUB);
@@ -90,50 +96,6 @@ std::vector<CameraSettings> ReadCameras(JsonSection& root) {
     return cameras;
 }
 
-UserSettings ReadUser(JsonSection section, size_t channels) {
-    UserSettings user;
-    user.name = section.RequiredText("name", 1, NAME_BYTES);
-    user.password = section.Text("password", "", 0, NAME_BYTES);
-    user.administrator = section.Truth("administrator", false);
-    user.channels = section.Wholes("channels", {1, static_cast<unsigned>(channels), "channel numbers"});
-    if (user.administrator && !user.channels.empty()) {
-        section.Refuse("channels", "does not go with an administrator, who has all channels: leave it out");
-    }
-    section.RefuseOtherKeys();
-    return user;
-}
-
-void CheckUsers(const std::vector<UserSettings>& users, const JsonSection& root) {
-    std::set<std::string> names;
-    for (size_t i = 0; i < users.size(); ++i) {
-        if (!names.insert(users[i].name).second) {
-            root.Refuse("users[" + std::to_string(i) + "].name",
-                        "\"" + users[i].name + "\" is the name of an earlier user, give another");
-        }
-    }
-    const auto admin =
-        std::find_if(users.begin(), users.end(), [](const UserSettings& user) { return user.name == "admin"; });
-    if (admin == users.end()) {
-        root.Refuse("users", "there is no user \"admin\", who the recorder's own programs log in as: add one");
-    }
-    if (!admin->administrator) {
-        root.Refuse("users[" + std::to_string(admin - users.begin()) + "].administrator",
-                    "the user \"admin\" must be an administrator: set it to true");
-    }
-}
-
-std::vector<UserSettings> ReadUsers(JsonSection& root, size_t channels) {
-    std::vector<UserSettings> users;
-    for (const JsonSection& section : root.Objects("users", 1, MAX_USERS)) {
-        users.push_back(ReadUser(section, channels));
-    }
-    if (!root.Has("users")) {
-        return {{"admin", "admin12345", true, {}}};
-    }
-    CheckUsers(users, root);
-    return users;
-}
-
 FaultSettings ReadFault(JsonSection section) {
     FaultSettings fault;
     fault.operation = section.RequiredText("operation", 1, NAME_BYTES);
@@ -153,18 +115,6 @@ std::vector<FaultSettings> ReadFaults(JsonSection& root) {
         faults.push_back(ReadFault(section));
     }
     return faults;
-}
-
-std::string ReadVersion(JsonSection& root) {
-    std::string version = root.Text("version", "1.0", 3, 9);
-    char major[5];
-    char minor[5];
-    int length = 0;
-    sscanf(version.c_str(), "%4[0-9].%4[0-9]%n", major, minor, &length);
-    if (length != static_cast<int>(version.size())) {
-        root.Refuse("version", "\"" + version + "\" does not do, give major.minor, such as \"1.0\"");
-    }
-    return version;
 }
 
 /** Whether the calendar has that day, from 1970 on; timegm moves one that it has not. */
@@ -211,7 +161,7 @@ Scenario ParseScenario(const std::string& json) {
     Scenario scenario;
     scenario.name = root.Text("name", "unnamed", 1, NAME_BYTES);
     scenario.model = root.Text("model", scenario.model, 1, NAME_BYTES);
-    scenario.version = ReadVersion(root);
+    scenario.version = ReadVersion(root, "version");
     scenario.build_date = ReadBuildDate(root);
     scenario.seed = root.Whole("seed", 1, {0, MOST, "any number"});
     scenario.frames_kept = root.Whole("frames_kept", 100, FRAMES_KEPT);
@@ -226,7 +176,9 @@ Scenario ParseScenario(const std::string& json) {
     scenario.reboot_seconds = root.Whole("reboot_seconds", 5, {0, 600, "seconds"});
     scenario.network = ReadNetwork(root.Object("network"));
     scenario.platform_links = ReadPlatformLinks(root.Objects("platform_links", 0, 32));
-    scenario.disks = ReadDisks(root.Objects("disks", 1, MAX_DISKS));
+    scenario.disks = ReadDisks(root);
+    scenario.capability = ReadCapability(root.Object("capability"), scenario);
+    scenario.factory = ReadFactory(root.Objects("factory", 0, MOST_FACTORY_ITEMS));
     scenario.recordings = ReadRecordings(root.Object("recordings"));
     root.RefuseOtherKeys();
     return scenario;

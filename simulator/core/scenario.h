@@ -12,16 +12,19 @@ namespace simulator {
 
 /** One encoded stream of a camera. */
 struct VideoSettings {
-    unsigned width = 0;   ///< pixels, even
-    unsigned height = 0;  ///< pixels, even
-    unsigned fps = 0;     ///< frames a second
-    unsigned gop = 0;     ///< frames from key frame to key frame
-    unsigned kbps = 0;    ///< target bit rate, kbit/s
+    unsigned width = 0;     ///< pixels, even
+    unsigned height = 0;    ///< pixels, even
+    unsigned fps = 0;       ///< frames a second
+    unsigned gop = 0;       ///< frames from key frame to key frame
+    unsigned kbps = 0;      ///< target bit rate, kbit/s
+    bool constant = false;  ///< the bit rate is kept in quiet pictures, too
+    unsigned quality = 6;   ///< 1 to 6, of a bit rate that is not constant: the best that a picture may have
 };
 
 struct CameraSettings {
     std::string name;
-    std::string source;  ///< "scene" for the generated scene, or the path of a video file to play in a loop
+    std::string address;  ///< IPv4 address or host name
+    std::string source;   ///< "scene" for the generated scene, or the path of a video file to play in a loop
     VideoSettings main;
     VideoSettings sub;
     unsigned audio_hz = 0;   ///< pitch of the camera's sound, a tone; 0: silence
@@ -29,11 +32,27 @@ struct CameraSettings {
     bool signal = true;      ///< false: starts without a video signal
 };
 
+/** The channels that a right covers. */
+struct ChannelRight {
+    unsigned right = 0;              ///< counted from 1
+    std::vector<unsigned> channels;  ///< counted from 1; empty: all
+};
+
+/** What a user may do, at the recorder or over the network. */
+struct RightsSettings {
+    std::vector<unsigned> flags;  ///< the rights that are given, counted from 1
+    std::vector<ChannelRight> masks;
+};
+
+/** An administrator has all rights, whatever else stands here. */
 struct UserSettings {
     std::string name;
     std::string password;
-    bool administrator = false;      ///< all rights; otherwise live view and playback on the channels below
-    std::vector<unsigned> channels;  ///< counted from 1; empty: all
+    bool administrator = false;
+    bool change_parameters = false;
+    bool manage_disks = false;
+    RightsSettings local;
+    RightsSettings remote;
 };
 
 struct FaultSettings {
@@ -51,11 +70,12 @@ struct EventSettings {
     double every = 0;     ///< seconds from turn to turn; 0: there is one
 };
 
-/** What the recorder's microphone hears, for talk with the recorder itself. */
+/** What the recorder's microphone hears, for talk with the recorder itself; and the frames of every talk. */
 struct TalkSettings {
-    std::string source;  ///< "tone", or the path of a sound file to play in a loop
-    unsigned hz = 0;     ///< pitch of the tone; 0: silence
-    double level = 0;    ///< amplitude of the tone, 0 to 1 of full scale
+    std::string source;            ///< "tone", or the path of a sound file to play in a loop
+    unsigned hz = 0;               ///< pitch of the tone; 0: silence
+    double level = 0;              ///< amplitude of the tone, 0 to 1 of full scale
+    std::vector<unsigned> frames;  ///< bytes of sound in captured frames, which take turns; never empty
 };
 
 /** One Ethernet interface. */
@@ -65,6 +85,9 @@ struct InterfaceSettings {
     std::string address;
     std::string mask;
     std::string gateway;
+    std::string ipv6_address;
+    unsigned ipv6_prefix = 64;  ///< bits; told with an address alone
+    std::string ipv6_gateway;
 };
 
 /** TCP ports of the recorder's services. */
@@ -80,12 +103,17 @@ struct PppoeSettings {
     bool enabled = false;
     std::string user;
     std::string password;
+    std::string address;  ///< that the link has, IPv4 or IPv6
 };
 
 struct NetworkSettings {
-    std::vector<InterfaceSettings> interfaces;  ///< the first one carries the default route
+    std::vector<InterfaceSettings> interfaces;
+    std::string default_interface;  ///< one of their names
+    unsigned bonds = 0;             ///< bonded interfaces
     std::string dns1;
     std::string dns2;
+    std::string ipv6_dns1;
+    std::string ipv6_dns2;
     bool upnp = false;
     PortSettings ports;
     PppoeSettings pppoe;
@@ -104,9 +132,32 @@ struct PlatformLink {
     std::vector<LinkParameter> parameters;  ///< at most 8
 };
 
+/** As the platform counts them. */
+enum class DiskKind : unsigned { Local = 1, External = 2, Network = 3, Array = 4 };
+enum class DiskState : unsigned { Unformatted = 1, Broken = 2, Normal = 3 };
+
 /** One simulated disk. */
 struct DiskSettings {
     unsigned megabytes = 0;  ///< 1000000 bytes each
+    DiskKind kind = DiskKind::Local;
+    DiskState state = DiskState::Normal;
+    std::vector<unsigned> partitions = {};  ///< megabytes; empty: one of the whole disk
+};
+
+/** What the capability record says beside what follows from the rest of the scenario. */
+struct CapabilitySettings {
+    bool hybrid = false;
+    unsigned analog_channels = 0;  ///< the first so many; the others are network channels
+    unsigned alarm_outputs = 0;
+    unsigned disk_slots = 0;
+    unsigned usb_ports = 0;
+    std::string hardware;  ///< "major.minor"
+};
+
+/** A name and value that were written at the factory. */
+struct FactoryItem {
+    std::string name;
+    std::string value;
 };
 
 /** When what the cameras see is recorded. */
@@ -152,6 +203,8 @@ struct Scenario {
     NetworkSettings network;
     std::vector<PlatformLink> platform_links;
     std::vector<DiskSettings> disks;
+    CapabilitySettings capability;
+    std::vector<FactoryItem> factory;
     RecordingSettings recordings;
 };
 

@@ -15,6 +15,10 @@ const char* DefaultScenarioJson() {
     "users": [
         {"name": "admin", "password": "admin12345", "administrator": true},
         {"name": "operator", "password": "operator12345", "channels": [1, 2]}
+    ],
+    "factory": [
+        {"name": "DeviceModel", "value": "simulated recorder"},
+        {"name": "DeviceName", "value": "Front desk"}
     ]
 }
 )json";

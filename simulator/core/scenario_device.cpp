@@ -9,11 +9,13 @@ constexpr size_t KIND_BYTES = 32;
 constexpr size_t PATH_BYTES = 4095;
 constexpr double LONGEST = 1e9;  ///< seconds
 constexpr double USUAL_TURN = 10;
+constexpr unsigned USUAL_TALK_FRAME = 320;
 constexpr Bounds WIDTH = {640, 4096, "pixels"};
 constexpr Bounds HEIGHT = {360, 4096, "pixels"};
 constexpr Bounds FPS = {1, 60, "frames a second"};
 constexpr Bounds GOP = {1, 300, "frames from key frame to key frame"};
 constexpr Bounds KBPS = {16, 50000, "kbit/s"};
+constexpr Bounds QUALITY = {1, 6, "1 poor to 6 best"};
 constexpr VideoSettings USUAL_ZERO_CHANNEL = {1280, 720, 12, 24, 2000};
 
 const EventTraits& ReadKind(JsonSection& section) {
@@ -71,6 +73,10 @@ TalkSettings ReadTalk(JsonSection section) {
     talk.source = section.Text("source", "tone", 1, PATH_BYTES);
     talk.hz = section.Whole("hz", 1000, {0, 3900, "Hz, 0 for silence"});
     talk.level = section.Real("level", 0.3, 0, 1);
+    talk.frames = section.Wholes("frames", {1, 8000, "bytes of sound"});
+    if (talk.frames.empty()) {
+        talk.frames = {USUAL_TALK_FRAME};
+    }
     section.RefuseOtherKeys();
     return talk;
 }
@@ -82,6 +88,8 @@ VideoSettings ReadZeroChannel(JsonSection section) {
     video.fps = section.Whole("fps", USUAL_ZERO_CHANNEL.fps, FPS);
     video.gop = section.Whole("gop", USUAL_ZERO_CHANNEL.gop, GOP);
     video.kbps = section.Whole("kbps", USUAL_ZERO_CHANNEL.kbps, KBPS);
+    video.constant = section.Truth("constant", USUAL_ZERO_CHANNEL.constant);
+    video.quality = section.Whole("quality", USUAL_ZERO_CHANNEL.quality, QUALITY);
     section.RefuseOtherKeys();
     return video;
 }

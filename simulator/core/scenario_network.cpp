@@ -13,8 +13,19 @@ constexpr size_t NAME_BYTES = 63;
 constexpr size_t INTERFACE_NAME_BYTES = 15;
 constexpr size_t ADDRESS_BYTES = 15;
 constexpr size_t PARAMETER_VALUE_BYTES = 255;
+constexpr Bounds PREFIX = {0, 128, "bits"};
+constexpr Bounds BONDS = {0, 32, "bonded interfaces"};
 constexpr Bounds PORT = {1, 65535, "port number"};
 constexpr Bounds LINK_NUMBER = {1, 32, "platform link"};
+
+std::string ReadIpv6Address(JsonSection& section, const char* key) {
+    std::string address = section.Text(key, "", 0, INET6_ADDRSTRLEN - 1);
+    in6_addr parsed;
+    if (!address.empty() && inet_pton(AF_INET6, address.c_str(), &parsed) != 1) {
+        section.Refuse(key, "\"" + address + "\" is no IPv6 address, give one such as \"2001:db8::20\"");
+    }
+    return address;
+}
 
 std::string ReadAddress(JsonSection& section, const char* key, const char* usual) {
     std::string address = section.Text(key, usual, 0, ADDRESS_BYTES);
@@ -32,8 +43,22 @@ InterfaceSettings ReadInterface(JsonSection section, size_t index) {
     settings.address = ReadAddress(section, "address", "192.0.2.20");
     settings.mask = ReadAddress(section, "mask", "255.255.255.0");
     settings.gateway = ReadAddress(section, "gateway", "192.0.2.1");
+    settings.ipv6_address = ReadIpv6Address(section, "ipv6_address");
+    settings.ipv6_prefix = section.Whole("ipv6_prefix", settings.ipv6_prefix, PREFIX);
+    settings.ipv6_gateway = ReadIpv6Address(section, "ipv6_gateway");
     section.RefuseOtherKeys();
     return settings;
+}
+
+/** The interface that the default route uses: one of those that there are. */
+std::string ReadDefaultInterface(JsonSection& section, const std::vector<InterfaceSettings>& interfaces) {
+    std::string name = section.Text("default_interface", interfaces.front().name, 1, INTERFACE_NAME_BYTES);
+    for (const InterfaceSettings& settings : interfaces) {
+        if (settings.name == name) {
+            return name;
+        }
+    }
+    section.Refuse("default_interface", "\"" + name + "\" is the name of no interface, give one of theirs");
 }
 
 std::vector<InterfaceSettings> ReadInterfaces(JsonSection& section) {
@@ -46,7 +71,8 @@ std::vector<InterfaceSettings> ReadInterfaces(JsonSection& section) {
         }
     }
     if (interfaces.empty()) {
-        interfaces.push_back({"eth0", false, "192.0.2.20", "255.255.255.0", "192.0.2.1"});
+        const nlohmann::json nothing = nlohmann::json::object();
+        interfaces.push_back(ReadInterface(JsonSection(nothing, "network.interfaces"), 0));
     }
     return interfaces;
 }
@@ -67,6 +93,12 @@ PppoeSettings ReadPppoe(JsonSection section) {
     pppoe.enabled = section.Truth("enabled", false);
     pppoe.user = section.Text("user", "", 0, NAME_BYTES);
     pppoe.password = section.Text("password", "", 0, NAME_BYTES);
+    pppoe.address = section.Text("address", "192.0.2.77", 0, INET6_ADDRSTRLEN - 1);
+    in6_addr parsed;
+    if (!pppoe.address.empty() && inet_pton(AF_INET, pppoe.address.c_str(), &parsed) != 1 &&
+        inet_pton(AF_INET6, pppoe.address.c_str(), &parsed) != 1) {
+        section.Refuse("address", "\"" + pppoe.address + "\" is no IPv4 or IPv6 address");
+    }
     section.RefuseOtherKeys();
     return pppoe;
 }
@@ -95,8 +127,12 @@ PlatformLink ReadPlatformLink(JsonSection section, unsigned usual_number) {
 NetworkSettings ReadNetwork(JsonSection section) {
     NetworkSettings network;
     network.interfaces = ReadInterfaces(section);
+    network.default_interface = ReadDefaultInterface(section, network.interfaces);
+    network.bonds = section.Whole("bonds", 0, BONDS);
     network.dns1 = ReadAddress(section, "dns1", "192.0.2.1");
     network.dns2 = ReadAddress(section, "dns2", "");
+    network.ipv6_dns1 = ReadIpv6Address(section, "ipv6_dns1");
+    network.ipv6_dns2 = ReadIpv6Address(section, "ipv6_dns2");
     network.upnp = section.Truth("upnp", false);
     network.ports = ReadPorts(section.Object("ports"));
     network.pppoe = ReadPppoe(section.Object("pppoe"));

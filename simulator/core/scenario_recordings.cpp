@@ -15,7 +15,8 @@ constexpr Bounds FPS = {1, 60, "frames a second"};
 constexpr Bounds GOP = {1, 300, "frames from key frame to key frame"};
 constexpr Bounds WIDTH = {64, 4096, "pixels"};
 constexpr Bounds LISTED = {0, 1000000, "recordings a channel"};
-constexpr DiskSettings USUAL_DISK = {1000};
+constexpr unsigned USUAL_MEGABYTES = 2000;  ///< guests want 1024 for their pictures
+constexpr size_t MOST_PARTITIONS = 16;
 constexpr size_t UNTIL_BYTES = 19;
 
 LiveRecording ReadLive(JsonSection& section) {
@@ -68,21 +69,71 @@ HistorySettings ReadHistory(JsonSection section) {
     return history;
 }
 
+template <class Value>
+struct Word {
+    const char* name;
+    Value value;
+};
+
+constexpr Word<DiskKind> KINDS[] = {{"local", DiskKind::Local},
+                                    {"external", DiskKind::External},
+                                    {"network", DiskKind::Network},
+                                    {"array", DiskKind::Array}};
+constexpr Word<DiskState> STATES[] = {
+    {"normal", DiskState::Normal}, {"unformatted", DiskState::Unformatted}, {"broken", DiskState::Broken}};
+
+/** One of the words; the first one when the key is absent. */
+template <class Value, size_t N>
+Value ReadWord(JsonSection& section, const char* key, const Word<Value> (&words)[N]) {
+    const std::string text = section.Text(key, words[0].name, 1, 16);
+    std::string names;
+    for (const Word<Value>& word : words) {
+        if (text == word.name) {
+            return word.value;
+        }
+        names += std::string(names.empty() ? "" : ", ") + "\"" + word.name + "\"";
+    }
+    section.Refuse(key, "\"" + text + "\" does not do, give one of " + names);
+}
+
+void CheckPartitions(const DiskSettings& disk, const JsonSection& section) {
+    uint64_t sum = 0;
+    for (const unsigned megabytes : disk.partitions) {
+        sum += megabytes;
+    }
+    if (disk.partitions.size() > MOST_PARTITIONS) {
+        section.Refuse("partitions", std::to_string(disk.partitions.size()) + " partitions are more than the " +
+                                         std::to_string(MOST_PARTITIONS) + " that a disk has, leave some out");
+    }
+    if (sum > disk.megabytes) {
+        section.Refuse("partitions", "of " + std::to_string(sum) + " megabytes do not fit on a disk of " +
+                                         std::to_string(disk.megabytes) + ", make them smaller");
+    }
+}
+
 DiskSettings ReadDisk(JsonSection section) {
-    const DiskSettings disk = {section.Whole("megabytes", USUAL_DISK.megabytes, MEGABYTES)};
+    DiskSettings disk;
+    disk.megabytes = section.Whole("megabytes", USUAL_MEGABYTES, MEGABYTES);
+    disk.kind = ReadWord(section, "kind", KINDS);
+    disk.state = ReadWord(section, "state", STATES);
+    disk.partitions = section.Wholes("partitions", MEGABYTES);
+    CheckPartitions(disk, section);
     section.RefuseOtherKeys();
     return disk;
 }
 
 }  // namespace
 
-std::vector<DiskSettings> ReadDisks(const std::vector<JsonSection>& sections) {
+std::vector<DiskSettings> ReadDisks(JsonSection& root) {
     std::vector<DiskSettings> disks;
-    disks.reserve(sections.size());
-    for (const JsonSection& section : sections) {
+    for (const JsonSection& section : root.Objects("disks", 0, MOST_DISKS)) {
         disks.push_back(ReadDisk(section));
     }
-    return disks.empty() ? std::vector<DiskSettings>{USUAL_DISK} : disks;
+    if (!root.Has("disks")) {
+        disks.resize(1);
+        disks[0].megabytes = USUAL_MEGABYTES;
+    }
+    return disks;
 }
 
 RecordingSettings ReadRecordings(JsonSection section) {

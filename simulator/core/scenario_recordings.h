@@ -9,10 +9,9 @@
 
 namespace simulator {
 
-constexpr size_t MAX_DISKS = 16;
-
-/** Each throws std::runtime_error as JsonSection does. Without sections there is one usual disk. */
-std::vector<DiskSettings> ReadDisks(const std::vector<JsonSection>& sections);
+/** Each throws std::runtime_error as JsonSection does. root: the whole document; without "disks" there is a usual one.
+ */
+std::vector<DiskSettings> ReadDisks(JsonSection& root);
 RecordingSettings ReadRecordings(JsonSection section);
 
 }  // namespace simulator

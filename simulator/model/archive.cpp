@@ -69,6 +69,9 @@ std::string Archive::PathOf(const RecordedFile& file) const {
 std::optional<std::string> Archive::Begin(RecordedFile* file) {
     std::lock_guard<std::mutex> lock(m_mutex);
     file->disk = PickDisk();
+    if (file->disk == 0) {
+        return std::nullopt;
+    }
     Statement insert = m_database.Prepare(INSERT);
     insert.Bind(int64_t{file->channel}).Bind(file->start).Bind(file->stop).Bind(int64_t{file->type});
     if (!insert.Bind(int64_t{file->disk}).Run()) {
@@ -99,13 +102,13 @@ void Archive::RemoveLocked(const RecordedFile& file) {
     std::filesystem::remove(PathOf(file), error);
 }
 
-// The disk with most room left.
+// The disk with most room left, of those that can be recorded to; 0: there is none.
 unsigned Archive::PickDisk() {
-    unsigned best = 1;
+    unsigned best = 0;
     int64_t most = INT64_MIN;
     for (unsigned disk = 1; disk <= m_disks.size(); ++disk) {
         const int64_t room = m_disks[disk - 1].megabytes * MEGABYTE - UsedLocked(disk);
-        if (room > most) {
+        if (room > most && m_disks[disk - 1].state == DiskState::Normal) {
             most = room;
             best = disk;
         }

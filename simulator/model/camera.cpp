@@ -7,6 +7,7 @@
 
 #include "control.h"
 #include "ptz.h"
+#include "work_end.h"
 
 namespace simulator {
 namespace {
@@ -85,16 +86,7 @@ void Camera::EndStreams() {
 }
 
 void Camera::Close() {
-    std::thread thread;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_closed = true;
-        m_changed.notify_one();
-        thread.swap(m_thread);
-    }
-    if (thread.joinable()) {
-        thread.join();
-    }
+    EndWorker(&m_mutex, &m_changed, &m_closed, &m_thread);
 }
 
 // Under the lock. A thread that is not running any more needs no lock for its last steps, so joining it is short.

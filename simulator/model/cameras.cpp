@@ -1,16 +1,22 @@
 #include "cameras.h"
 
-#include <unistd.h>
-
 #include <memory>
 #include <vector>
 
 #include "core/power.h"
+#include "work_end.h"
 
 namespace simulator {
 namespace {
 
-using Cameras = std::vector<std::unique_ptr<Camera>>;
+/** All cameras, in the order of their channels. */
+struct Cameras : std::vector<std::unique_ptr<Camera>> {
+    void Close() {
+        for (const auto& camera : *this) {
+            camera->Close();
+        }
+    }
+};
 
 Cameras* MakeCameras() {
     const Scenario& scenario = TheScenario();
@@ -21,24 +27,6 @@ Cameras* MakeCameras() {
     }
     return cameras;
 }
-
-// Ends the cameras' work while the process ends, before what they stand on goes. The cameras themselves stay: the
-// guest's threads may still call. In a forked child there are no camera threads to wait for.
-class WorkEnd {
-public:
-    explicit WorkEnd(Cameras* cameras) : m_cameras(cameras), m_process(getpid()) {}
-    ~WorkEnd() {
-        if (getpid() == m_process) {
-            for (const auto& camera : *m_cameras) {
-                camera->Close();
-            }
-        }
-    }
-
-private:
-    Cameras* const m_cameras;
-    const pid_t m_process;
-};
 
 Cameras& TheCameras();
 

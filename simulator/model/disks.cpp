@@ -1,9 +1,11 @@
 // The platform's view of the simulated disks, and whether anything is recorded to them now.
+#include <cstring>
 #include <filesystem>
 #include <mutex>
 
 #include "av.h"
 #include "copy_text.h"
+#include "core/events.h"
 #include "core/faults.h"
 #include "core/scenario.h"
 #include "live_recorder.h"
@@ -12,13 +14,38 @@
 namespace simulator {
 namespace {
 
-constexpr unsigned LOCAL = 1;
-
 std::string NameOf(unsigned disk) {
     return "disk-" + std::to_string(disk);
 }
 
-// The disk's folder, which exists then: it is mounted. One whose path is too long for the record is told once.
+// Of a local disk: its slot in the highest byte.
+unsigned AddressOf(unsigned disk) {
+    return TheScenario().disks[disk - 1].kind == DiskKind::Local ? disk << 24U : 0;
+}
+
+bool HasFailed(unsigned disk) {
+    for (const CurrentEvent& event : CurrentEvents()) {
+        if (event.kind == EventKind::DiskError && event.number == disk) {
+            return true;
+        }
+    }
+    return false;
+}
+
+DiskState StateOf(unsigned disk) {
+    const DiskState state = TheScenario().disks[disk - 1].state;
+    return state == DiskState::Normal && HasFailed(disk) ? DiskState::Broken : state;
+}
+
+// In megabytes; a disk that is not formatted has none.
+std::vector<unsigned> PartitionsOf(const DiskSettings& disk) {
+    if (disk.state == DiskState::Unformatted) {
+        return {};
+    }
+    return disk.partitions.empty() ? std::vector<unsigned>{disk.megabytes} : disk.partitions;
+}
+
+// The partition's folder, which exists then: it is mounted. One whose path is too long for the record is told once.
 std::string FolderOf(const std::string& name) {
     std::string folder = HomeFolder() + "/" + name;
     std::error_code error;
@@ -30,12 +57,39 @@ std::string FolderOf(const std::string& name) {
     return folder;
 }
 
+// Recordings lie on the first one. False when the path does not fit into the record.
+bool FillPartitions(unsigned disk, vexo_hard_disk_info* info) {
+    for (const unsigned megabytes : PartitionsOf(TheScenario().disks[disk - 1])) {
+        const unsigned number = info->partition_num + 1;
+        const std::string folder = FolderOf(NameOf(disk) + (number == 1 ? "" : "-" + std::to_string(number)));
+        auto& partition = info->partition[info->partition_num++];
+        if (folder.size() >= sizeof(partition.mount_path)) {
+            return false;
+        }
+        CopyText(folder, partition.mount_path);
+        partition.size = megabytes;
+    }
+    return true;
+}
+
+vexo_disk_identity IdentityOf(unsigned disk) {
+    vexo_disk_identity identity = {};
+    identity.type = static_cast<unsigned>(TheScenario().disks[disk - 1].kind);
+    identity.address = AddressOf(disk);
+    CopyText(NameOf(disk), identity.name);
+    return identity;
+}
+
 // Counted from 1; 0: there is none of that identity.
 unsigned DiskOf(const vexo_disk_identity& identity) {
-    const unsigned disks = static_cast<unsigned>(TheScenario().disks.size());
-    const bool known = identity.type == LOCAL && identity.address >= 1 && identity.address <= disks &&
-                       NameOf(identity.address) == identity.name;
-    return known ? identity.address : 0;
+    for (unsigned disk = 1; disk <= TheScenario().disks.size(); ++disk) {
+        const vexo_disk_identity known = IdentityOf(disk);
+        if (known.type == identity.type && known.address == identity.address &&
+            strncmp(known.name, identity.name, sizeof(known.name)) == 0) {
+            return disk;
+        }
+    }
+    return 0;
 }
 
 }  // namespace
@@ -54,20 +108,14 @@ int vexo_model_get_hard_disk_info(unsigned int index, vexo_hard_disk_info* info)
     if (simulator::ShallFail(__func__) || info == nullptr || index >= disks.size()) {
         return -1;
     }
-    const std::string name = simulator::NameOf(index + 1);
-    const std::string folder = simulator::FolderOf(name);
-    if (folder.size() >= sizeof(info->partition[0].mount_path)) {
+    vexo_hard_disk_info found = {};
+    found.identity = simulator::IdentityOf(index + 1);
+    found.state = static_cast<unsigned>(simulator::StateOf(index + 1));
+    found.size_mb = disks[index].megabytes;
+    if (!simulator::FillPartitions(index + 1, &found)) {
         return -1;
     }
-    *info = {};
-    info->identity.type = simulator::LOCAL;
-    info->identity.address = index + 1;
-    simulator::CopyText(name, info->identity.name);
-    info->state = VEXO_DISK_STATE_NORMAL;
-    info->size_mb = disks[index].megabytes;
-    info->partition_num = 1;
-    simulator::CopyText(folder, info->partition[0].mount_path);
-    info->partition[0].size = disks[index].megabytes;
+    *info = found;
     return 0;
 }
 

@@ -8,6 +8,9 @@ extern "C" {
 namespace simulator {
 namespace {
 
+constexpr unsigned BEST_QUALITY = 6;
+constexpr int QUANTISER_STEP = 5;  ///< a quality below the best, the finest quantiser is so much coarser
+
 Av<AVCodecContext> NewContext(const AVCodec* encoder) {
     Av<AVCodecContext> codec(encoder != nullptr ? avcodec_alloc_context3(encoder) : nullptr);
     if (codec != nullptr) {
@@ -33,10 +36,16 @@ void Configure(const VideoSettings& settings, AVRational shape, AVCodecContext* 
     codec->bit_rate = settings.kbps * 1000LL;
     codec->rc_max_rate = codec->bit_rate;
     codec->rc_buffer_size = static_cast<int>(codec->bit_rate);  // one second
+    if (settings.constant) {
+        codec->rc_min_rate = codec->bit_rate;
+    } else {
+        codec->qmin = static_cast<int>(BEST_QUALITY - settings.quality) * QUANTISER_STEP;
+    }
     av_opt_set(codec->priv_data, "preset", "superfast", 0);
     av_opt_set(codec->priv_data, "tune", "zerolatency", 0);
     // Key frames on schedule and no others; each with its parameter sets, so that a reader may begin at any of them.
-    av_opt_set(codec->priv_data, "x264-params", "scenecut=0:repeat-headers=1:annexb=1", 0);
+    const std::string params = "scenecut=0:repeat-headers=1:annexb=1";
+    av_opt_set(codec->priv_data, "x264-params", (params + (settings.constant ? ":nal-hrd=cbr" : "")).c_str(), 0);
     av_opt_set(codec->priv_data, "forced-idr", "1", 0);
 }
 

@@ -1,7 +1,6 @@
 #include "live_recorder.h"
 
 #include <pthread.h>
-#include <unistd.h>
 
 #include <condition_variable>
 #include <mutex>
@@ -12,6 +11,7 @@
 #include "channel_recorder.h"
 #include "core/events.h"
 #include "record_mode.h"
+#include "work_end.h"
 
 namespace simulator {
 namespace {
@@ -86,16 +86,7 @@ void LiveRecorder::Wake() {
 }
 
 void LiveRecorder::Close() {
-    std::thread thread;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_closed = true;
-        m_changed.notify_one();
-        thread.swap(m_thread);
-    }
-    if (thread.joinable()) {
-        thread.join();
-    }
+    EndWorker(&m_mutex, &m_changed, &m_closed, &m_thread);
     for (const auto& channel : m_channels) {
         channel->Close();
     }
@@ -132,25 +123,9 @@ bool LiveRecorder::Pass() {
     return more || m_when == LiveRecording::Always;
 }
 
-// Completes the files while the process ends, before the cameras go. The recorder itself stays: the guest's threads may
-// still call. In a forked child there is no thread to wait for.
-class RecordingEnd {
-public:
-    explicit RecordingEnd(LiveRecorder* recorder) : m_recorder(recorder), m_process(getpid()) {}
-    ~RecordingEnd() {
-        if (getpid() == m_process) {
-            m_recorder->Close();
-        }
-    }
-
-private:
-    LiveRecorder* const m_recorder;
-    const pid_t m_process;
-};
-
 LiveRecorder& TheLiveRecorder() {
     static LiveRecorder* const recorder = new LiveRecorder;
-    static const RecordingEnd end(recorder);
+    static const WorkEnd end(recorder);  // completes the files, before the cameras go
     return *recorder;
 }
 

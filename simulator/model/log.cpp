@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "copy_text.h"
+#include "event_log.h"
 #include "vexo_model.h"
 
 namespace simulator {
@@ -26,6 +27,11 @@ Hook& TheHook() {  // under HookMutex
 
 }  // namespace
 
+bool IsLogHeard() {
+    std::lock_guard<std::mutex> lock(HookMutex());
+    return TheHook().function != nullptr;
+}
+
 void Log(int login, LogType type, const std::string& user, const std::string& text) {
     Hook hook;
     {
@@ -46,6 +52,11 @@ void Log(int login, LogType type, const std::string& user, const std::string& te
 }  // namespace simulator
 
 void vexo_model_set_log_hook(vexo_log_hook hook, void* user) {
-    std::lock_guard<std::mutex> lock(simulator::HookMutex());
-    simulator::TheHook() = {hook, user};
+    {
+        std::lock_guard<std::mutex> lock(simulator::HookMutex());
+        simulator::TheHook() = {hook, user};
+    }
+    if (hook != nullptr) {
+        simulator::WakeEventLog();
+    }
 }

@@ -12,7 +12,7 @@
 namespace simulator {
 namespace {
 
-constexpr int64_t FRAMES_KEPT = 37;  // a second and a half
+constexpr int64_t SAMPLES_KEPT = 37 * AUDIO_BLOCK;  // a second and a half
 constexpr unsigned LONGEST_PAYLOAD = 65536;
 constexpr unsigned char CODEC_MULAW = 1;
 constexpr unsigned char CODEC_ALAW = 2;
@@ -126,23 +126,43 @@ bool TalkDecoder::Decode(unsigned char codec, const unsigned char* data, size_t 
 Talk::Talk(std::unique_ptr<Microphone> microphone, std::string played_path, double now)
     : m_microphone(std::move(microphone)), m_begun(now), m_played(std::move(played_path)) {}
 
+unsigned Talk::NextSize() const {
+    const std::vector<unsigned>& sizes = TheScenario().talk.frames;
+    return sizes[m_captured % sizes.size()];
+}
+
+/** Lets what is heard be coded until there is enough for a frame. */
+bool Talk::Hear(size_t size) {
+    while (m_coded.size() < size) {
+        std::array<int16_t, AUDIO_BLOCK> samples;
+        std::generate(samples.begin(), samples.end(), [this] { return m_microphone->Next(); });
+        Packet packet;
+        if (!m_encoder.Encode(samples.data(), &packet)) {
+            return false;
+        }
+        m_coded.insert(m_coded.end(), packet.data, packet.data + packet.size);
+    }
+    return true;
+}
+
+// Frames that nobody fetched are left out; the sound itself goes on without a break.
 std::vector<unsigned char> Talk::Capture(double now) {
-    const auto due = static_cast<int64_t>((now - m_begun) * AUDIO_BLOCKS);
-    if (m_frame >= due) {
+    const auto heard = static_cast<int64_t>((now - m_begun) * AUDIO_RATE);
+    for (; heard - m_sample >= SAMPLES_KEPT + AUDIO_BLOCK; ++m_number) {
+        m_sample += NextSize();
+    }
+    const unsigned size = NextSize();
+    if (heard < m_sample + size || !Hear(size)) {
         return {};
     }
-    std::array<int16_t, AUDIO_BLOCK> samples;
-    m_frame = std::max(m_frame, due - FRAMES_KEPT);
-    std::generate(samples.begin(), samples.end(), [this] { return m_microphone->Next(); });
-    Packet packet;
-    if (!m_encoder.Encode(samples.data(), &packet)) {
-        return {};
-    }
-    const double age = now - m_begun - static_cast<double>(m_frame) / AUDIO_BLOCKS;
-    const vexo_frame_header header = CapturedHeader(m_frame++, age, packet.size);
-    std::vector<unsigned char> frame(sizeof(header) + packet.size);
+    const double age = now - m_begun - static_cast<double>(m_sample) / AUDIO_RATE;
+    const vexo_frame_header header = CapturedHeader(m_number++, age, size);
+    m_sample += size;
+    ++m_captured;
+    std::vector<unsigned char> frame(sizeof(header) + size);
     memcpy(frame.data(), &header, sizeof(header));
-    memcpy(frame.data() + sizeof(header), packet.data, packet.size);
+    memcpy(frame.data() + sizeof(header), m_coded.data(), size);
+    m_coded.erase(m_coded.begin(), m_coded.begin() + size);
     return frame;
 }
 

@@ -58,9 +58,15 @@ public:
     double PlayedSeconds() const { return static_cast<double>(m_played.Samples()) / AUDIO_RATE; }
 
 private:
+    unsigned NextSize() const;
+    bool Hear(size_t size);
+
     const std::unique_ptr<Microphone> m_microphone;
     const double m_begun;
-    int64_t m_frame = 0;  ///< number of the next captured frame
+    size_t m_captured = 0;  ///< frames fetched
+    int64_t m_number = 0;   ///< number of the next frame, those left out included,
+    int64_t m_sample = 0;   ///< and of its first sample
+    std::vector<unsigned char> m_coded;
     AudioEncoder m_encoder;
     TalkDecoder m_decoder;
     WaveFile m_played;

@@ -30,9 +30,17 @@ struct Line {
     Talk talk;  // guarded by lock
 };
 
+/** How a talk may still be used after its stop: a call that the stop has overtaken is no misuse, a second one is. */
+struct Overtaken {
+    bool captured = false;
+    bool played = false;
+};
+constexpr size_t STOPPED_KEPT = 256;
+
 struct Talks {
     std::mutex lock;
     std::map<unsigned, std::shared_ptr<Line>> open;  // by handle; null: ended by the recorder, not given back since
+    std::map<unsigned, Overtaken> stopped;           // by handle, the last ones
     unsigned last = 0;
 };
 
@@ -58,13 +66,26 @@ std::string PathFor(const std::string& with, unsigned handle) {
            std::to_string(handle) + ".wav";
 }
 
-/** The line of a handle; null, with a complaint, when it was never given, and null when the recorder ended it. */
-std::shared_ptr<Line> Find(unsigned handle, const char* operation) {
+/** Whether a stop has just overtaken this use of a talk. Under the lock. */
+bool WasOvertaken(Talks& talks, unsigned handle, bool Overtaken::*use) {
+    const auto found = talks.stopped.find(handle);
+    if (found == talks.stopped.end() || found->second.*use) {
+        return false;
+    }
+    found->second.*use = true;
+    return true;
+}
+
+/** The line of a handle; null when the recorder ended it or a stop has overtaken this use of it, and null, with a
+ *  complaint, when it is not open. */
+std::shared_ptr<Line> Find(unsigned handle, const char* operation, bool Overtaken::*use) {
     Talks& talks = TheTalks();
     std::lock_guard<std::mutex> hold(talks.lock);
     const auto found = talks.open.find(handle);
     if (found == talks.open.end()) {
-        Complain(std::string(operation) + " with talk " + std::to_string(handle) + ", which is not open");
+        if (!WasOvertaken(talks, handle, use)) {
+            Complain(std::string(operation) + " with talk " + std::to_string(handle) + ", which is not open");
+        }
         return nullptr;
     }
     return found->second;
@@ -76,6 +97,7 @@ unsigned Open(const std::string& with, std::unique_ptr<Microphone> microphone) {
     do {
         talks.last = talks.last % 0x7FFFFFFF + 1;
     } while (talks.open.count(talks.last) != 0);
+    talks.stopped.erase(talks.last);
     talks.open[talks.last] = std::make_shared<Line>(with, std::move(microphone), PathFor(with, talks.last), Now());
     Take(Goods::Talk, talks.last, std::to_string(talks.last) + " with " + with);
     return talks.last;
@@ -147,6 +169,10 @@ int vexo_model_stop_talking(unsigned int talk) {
     }
     ended = std::move(found->second);
     talks.open.erase(found);
+    talks.stopped[talk] = {};
+    if (talks.stopped.size() > STOPPED_KEPT) {
+        talks.stopped.erase(talks.stopped.begin());
+    }
     return 0;
 }
 
@@ -155,7 +181,7 @@ int vexo_model_get_talking_frame(unsigned int talk, unsigned char* buffer, unsig
     if (ShallFail(__func__) || buffer == nullptr || size < sizeof(vexo_frame_header)) {
         return -1;
     }
-    const std::shared_ptr<Line> line = Find(talk, __func__);
+    const std::shared_ptr<Line> line = Find(talk, __func__, &Overtaken::captured);
     if (line == nullptr) {
         return -1;
     }
@@ -173,7 +199,7 @@ int vexo_model_play_talking_frame(unsigned int talk, const unsigned char* frame)
     if (ShallFail(__func__) || frame == nullptr) {
         return -1;
     }
-    const std::shared_ptr<Line> line = Find(talk, __func__);
+    const std::shared_ptr<Line> line = Find(talk, __func__, &Overtaken::played);
     if (line == nullptr) {
         return -1;
     }

@@ -1,7 +1,6 @@
 #include "zero_channel.h"
 
 #include <pthread.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <system_error>
@@ -12,6 +11,7 @@
 #include "core/power.h"
 #include "core/scenario.h"
 #include "mosaic.h"
+#include "work_end.h"
 
 namespace simulator {
 namespace {
@@ -19,16 +19,6 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr unsigned char CODEC_H264 = 1;
-
-/** Ends the work while the process ends; the channel itself stays, for the guest's threads may still call. */
-struct WorkEnd {
-    pid_t process = getpid();
-    ~WorkEnd() {
-        if (process == getpid()) {
-            ZeroChannel::Get().Close();
-        }
-    }
-};
 
 /** Encoder and picture while somebody reads. */
 class Studio {
@@ -99,7 +89,7 @@ ZeroChannel::ZeroChannel() : m_list("zero channel", TheScenario().frames_kept) {
 
 ZeroChannel& ZeroChannel::Get() {
     static ZeroChannel& channel = *new ZeroChannel;
-    static const WorkEnd end;
+    static const WorkEnd end(&channel);
     return channel;
 }
 
@@ -158,16 +148,7 @@ void ZeroChannel::Want() {
 }
 
 void ZeroChannel::Close() {
-    std::thread thread;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_closed = true;
-        m_changed.notify_one();
-        thread.swap(m_thread);
-    }
-    if (thread.joinable()) {
-        thread.join();
-    }
+    EndWorker(&m_mutex, &m_changed, &m_closed, &m_thread);
 }
 
 // Under the lock.

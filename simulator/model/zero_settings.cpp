@@ -29,7 +29,7 @@ int vexo_model_zero_channel_get_bps(unsigned int* bps, unsigned int* mode) {
         return -1;
     }
     *bps = TheScenario().zero_channel.kbps;
-    *mode = 1;
+    *mode = TheScenario().zero_channel.constant ? 0 : 1;
     return 0;
 }
 

@@ -2,6 +2,7 @@
 #include <system_error>
 
 #include "core/faults.h"
+#include "core/guest_files.h"
 #include "core/watch.h"
 #include "vexo_utility.h"
 
@@ -24,7 +25,7 @@ bool IsRoot(const char* path) {
 
 VEXO_BOOL vexo_utility_is_file_exist(const char* path) {
     std::error_code error;
-    return IsText(path) && fs::exists(path, error) ? VEXO_TRUE : VEXO_FALSE;
+    return IsText(path) && fs::exists(simulator::HostPath(path), error) ? VEXO_TRUE : VEXO_FALSE;
 }
 
 int vexo_utility_creat_dir(const char* path) {
@@ -32,8 +33,9 @@ int vexo_utility_creat_dir(const char* path) {
         return -1;
     }
     std::error_code error;
-    fs::create_directories(path, error);
-    return fs::is_directory(path, error) ? 0 : -1;
+    const fs::path folder = simulator::HostPath(path);
+    fs::create_directories(folder, error);
+    return fs::is_directory(folder, error) ? 0 : -1;
 }
 
 int vexo_utility_delete_dir(const char* path) {
@@ -43,9 +45,10 @@ int vexo_utility_delete_dir(const char* path) {
         return -1;
     }
     std::error_code error;
-    if (simulator::ShallFail("vexo_utility_delete_dir") || !fs::is_directory(path, error)) {
+    const fs::path folder = simulator::HostPath(path);
+    if (simulator::ShallFail("vexo_utility_delete_dir") || !fs::is_directory(folder, error)) {
         return -1;
     }
-    fs::remove_all(path, error);
+    fs::remove_all(folder, error);
     return error ? -1 : 0;
 }

@@ -1,5 +1,6 @@
 #include <mutex>
 
+#include "core/factory.h"
 #include "core/faults.h"
 #include "core/panel.h"
 #include "core/startup.h"
@@ -14,6 +15,7 @@ int vexo_utility_init(vexo_utility_ops_type type) {
         simulator::Uptime();
         simulator::PrintBanner();
         simulator::OpenPanel();
+        simulator::PrepareFactoryFile();
     });
     if (type != VEXO_UTILITY_OPS_HOST) {
         simulator::Complain("vexo_utility_init with operation type " + std::to_string(type) + ", which is not known");

@@ -57,6 +57,14 @@ std::string Note(Order& order, unsigned long first, unsigned long second, const 
            "\" held, and earlier the other way round: " + place;
 }
 
+/** Takes off the calling thread what is forgotten: locks deleted while held, or given back by another thread. */
+void DropForgotten(Order& order) {
+    std::lock_guard<std::mutex> hold(order.lock);
+    unsigned long* const end = std::remove_if(held.locks, held.locks + held.count,
+                                              [&](unsigned long lock) { return order.nodes.count(lock) == 0; });
+    held.count = static_cast<unsigned>(end - held.locks);
+}
+
 }  // namespace
 
 unsigned long NewOrderedLock(const std::string& name) {
@@ -86,6 +94,7 @@ bool HoldsLocks() {
 
 void AboutToWait(unsigned long lock, const std::string& place) {
     Order& order = TheOrder();
+    DropForgotten(order);
     for (unsigned i = 0; i < held.count; ++i) {
         std::string complaint;
         {

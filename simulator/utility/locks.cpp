@@ -1,6 +1,7 @@
 // Both kinds of lock. Each is a small state under a mutex of its own, rather than a pthread lock, so that it knows who
 // holds it and can tell misuse instead of running into undefined behaviour.
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -83,17 +84,30 @@ public:
         std::lock_guard<std::mutex> hold(m_guard);
         const auto mine = Mine();
         if (mine == m_holders.end()) {
-            Complain("lock " + Label() + ": unlocked by " + Describe(ThisCaller()) + ", " + Place(file, function) +
-                     ", which does not hold it; " + Holders());
+            ComplainOfStranger(file, function);
             return -1;
         }
         m_holders.erase(mine);
         HasGivenBack(m_order);
-        if (m_holders.empty()) {
-            // Under the guard: once it is free, whoever takes it next may delete the lock.
-            m_freed.notify_all();
-        }
+        TellWhenFree();
         return 0;
+    }
+
+    /** As GiveBack, but a stranger frees the lock as well: it is a misuse everywhere but where the contract has it. */
+    int GiveBackForAnyone(const char* file, const char* function) {
+        {
+            std::lock_guard<std::mutex> hold(m_guard);
+            if (!m_holders.empty() && Mine() == m_holders.end()) {
+                ComplainOfStranger(file, function);
+                m_holders.clear();
+                // Under a new number, so that the thread which left it behind no longer counts as holding it.
+                ForgetOrderedLock(m_order);
+                m_order = NewOrderedLock(m_name);
+                TellWhenFree();
+                return 0;
+            }
+        }
+        return GiveBack(file, function);
     }
 
     /** At most size bytes, without a terminator when the text fills them. */
@@ -129,6 +143,18 @@ private:
         HasTaken(m_order);
     }
 
+    void ComplainOfStranger(const char* file, const char* function) const {
+        Complain("lock " + Label() + ": unlocked by " + Describe(ThisCaller()) + ", " + Place(file, function) +
+                 ", which does not hold it; " + Holders());
+    }
+
+    void TellWhenFree() {
+        if (m_holders.empty()) {
+            // Under the guard: once it is free, whoever takes it next may delete the lock.
+            m_freed.notify_all();
+        }
+    }
+
     std::string Holders() const {
         std::string text = m_holders.empty() ? "free" : m_for_change ? "held by " : "held for reading by ";
         for (const Holder& holder : m_holders) {
@@ -151,7 +177,7 @@ private:
 
     const std::string m_name;
     const vexo_user_id m_user;
-    const unsigned long m_order;
+    std::atomic<unsigned long> m_order;  ///< changed under m_guard
     std::mutex m_guard;
     std::condition_variable m_freed;
     std::vector<Holder> m_holders;  ///< guarded by m_guard
@@ -176,7 +202,7 @@ public:
         return ShallFail("vexo_lock::rd_trylock") ? -1 : m_state.TryToTake(true, file, function);
     }
     int unlock(const char* file, const char* function) override VEXO_NO_THREAD_SAFETY_ANALYSIS {
-        return m_state.GiveBack(file, function);
+        return m_state.GiveBackForAnyone(file, function);
     }
     int get_info(char* buffer, unsigned int size) override { return m_state.Tell(buffer, size); }
 

@@ -1,11 +1,10 @@
-// What the tests of the simulated recorder's devices share: bringing it up on a scenario of the test's own, a login,
-// and an ear for tones. Test cases do not belong here.
+// What the tests of the simulated recorder's devices share: bringing it up on a scenario of the test's own, and a
+// login. Test cases do not belong here, nor does sound (see sound.h).
 #ifndef TESTS_SYSTEM_DEVICE_SUPPORT_H
 #define TESTS_SYSTEM_DEVICE_SUPPORT_H
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -71,46 +70,6 @@ private:
 /** Sends a PTZ code. */
 inline int Drive(const Login& login, unsigned channel, unsigned code, const vexo_ipc_ptz_ctrl_para& para = {}) {
     return vexo_model_send_ptz_cmd(login.Id(), channel, code, &para);
-}
-
-constexpr double RATE = 8000;
-
-/** A tone as samples, full scale 1. */
-inline std::vector<double> Tone(double hz, double level, size_t samples, double rate = RATE) {
-    std::vector<double> tone(samples);
-    for (size_t i = 0; i < samples; ++i) {
-        tone[i] = level * std::sin(2 * M_PI * hz * static_cast<double>(i) / rate);
-    }
-    return tone;
-}
-
-/** Amplitude of one pitch. Over a second or more, a tone whose phase jumps loses its amplitude. */
-inline double AmplitudeAt(double hz, const std::vector<double>& samples, double rate = RATE) {
-    double real = 0;
-    double imaginary = 0;
-    for (size_t i = 0; i < samples.size(); ++i) {
-        const double angle = 2 * M_PI * hz * static_cast<double>(i) / rate;
-        real += samples[i] * std::cos(angle);
-        imaginary += samples[i] * std::sin(angle);
-    }
-    return 2 * std::hypot(real, imaginary) / static_cast<double>(samples.size());
-}
-
-/** That pitch at that level, and nothing beside it. */
-inline void ExpectTone(const std::vector<double>& samples, double hz, double level) {
-    ASSERT_GE(samples.size(), static_cast<size_t>(RATE));
-    EXPECT_NEAR(AmplitudeAt(hz, samples), level, level * 0.03);
-    EXPECT_LT(AmplitudeAt(hz + 7, samples), level * 0.05);
-    EXPECT_LT(AmplitudeAt(hz * 1.5, samples), level * 0.03);
-}
-
-/** G.711 A-law to linear, full scale 1. */
-inline double FromALaw(unsigned char code) {
-    code ^= 0x55;
-    const int exponent = (code >> 4) & 7;
-    const int step = ((code & 15) << 4) + 8;
-    const int value = exponent == 0 ? step : (step + 256) << (exponent - 1);
-    return ((code & 0x80) != 0 ? value : -value) / 32768.0;
 }
 
 }  // namespace device

@@ -5,6 +5,7 @@
 #include "control.h"
 #include "device_support.h"
 #include "live_reader.h"
+#include "mosaic_cells.h"
 #include "recorder_test_support.h"
 #include "scene_view.h"
 
@@ -41,7 +42,7 @@ public:
         const bool found = Eventually([&] {
             const auto frame = Next();
             const AVFrame* picture = frame ? m_decoder.Decode(*frame) : nullptr;
-            shown = picture != nullptr ? CellsOf(*picture, expected.size()) : std::vector<unsigned>();
+            shown = picture != nullptr ? mosaic::CellsOf(*picture, expected.size()) : std::vector<unsigned>();
             return shown == expected;
         });
         return found ? testing::AssertionSuccess()
@@ -69,23 +70,6 @@ private:
         const live::Frame frame = live::CopyOf(bytes, note, VEXO_FALSE);
         EXPECT_EQ(vexo_model_zero_channel_rel_frame(VEXO_USER_HOSTMGR, &note), 0);
         return frame;
-    }
-
-    /** The channel of each cell, by its stamp; 0 where there is none. */
-    static std::vector<unsigned> CellsOf(const AVFrame& picture, size_t count) {
-        const int side = static_cast<int>(std::lround(std::sqrt(static_cast<double>(count))));
-        const int width = picture.width / side & ~1;
-        const int height = picture.height / side & ~1;
-        std::vector<unsigned> cells;
-        for (int row = 0; row < side; ++row) {
-            for (int column = 0; column < side; ++column) {
-                simulator::Stamp stamp;
-                const uint8_t* cell = picture.data[0] + row * height * picture.linesize[0] + column * width;
-                const bool read = simulator::ReadStamp(cell, picture.linesize[0], width, height, &stamp);
-                cells.push_back(read ? stamp.channel : 0);
-            }
-        }
-        return cells;
     }
 
     bool m_begun = false;

@@ -143,13 +143,38 @@ TEST(Locks, GetInfo_SmallBuffer_IsFilledAndNotOverrun) {
     Delete(lock);
 }
 
-TEST(Locks, Unlock_ByStranger_IsRefusedAndTheHolderKeepsIt) {
+// A logout may give back the playback lock that a bad time selector left taken on another thread.
+TEST(Locks, Unlock_PlainLockByStranger_ComplainsAndFreesIt) {
     const NewComplaints complaints;
     vexo_lock* lock = NewLock("mine");
     Lock(lock);
-    Elsewhere([&] { EXPECT_NE(Unlock(lock), 0); });
-    EXPECT_NE(TryLock(lock), 0);
+    Elsewhere([&] { EXPECT_EQ(Unlock(lock), 0); });
     EXPECT_TRUE(Contains(complaints.Text(), "lock mine, user 97: unlocked by thread")) << complaints.Text();
+    EXPECT_TRUE(Contains(complaints.Text(), "which does not hold it; held by thread")) << complaints.Text();
+    EXPECT_EQ(TryLock(lock), 0);
+    Unlock(lock);
+    Delete(lock);
+}
+
+TEST(Locks, Unlock_PlainLockByStranger_LetsAWaiterIn) {
+    vexo_lock* lock = NewLock("left behind");
+    Elsewhere([&] { Lock(lock); });
+    std::thread waiter([&] {
+        Lock(lock);
+        Unlock(lock);
+    });
+    vexo_utility_sleep_ms(20);
+    EXPECT_EQ(Unlock(lock), 0);
+    waiter.join();
+    Delete(lock);
+}
+
+TEST(Locks, Unlock_ReadWriteLockByStranger_IsRefusedAndTheHolderKeepsIt) {
+    const NewComplaints complaints;
+    vexo_rw_lock* lock = vexo_utility_new_rw_lock(VEXO_USER_HOSTMGR, "mine");
+    ASSERT_EQ(WriteLock(lock), 0);
+    Elsewhere([&] { EXPECT_NE(Unlock(lock), 0); });
+    EXPECT_NE(TryReadLock(lock), 0);
     EXPECT_TRUE(Contains(complaints.Text(), "which does not hold it; held by thread")) << complaints.Text();
     Unlock(lock);
     Delete(lock);
@@ -220,6 +245,26 @@ TEST(LockOrder, TwoLocks_WaitedForInBothOrders_ComplainsOnce) {
         "recorder_test, Lock\n");
     Delete(module);
     Delete(table);
+}
+
+TEST(LockOrder, LockFreedByAnother_IsNoLongerHeldByItsFirstHolder) {
+    const NewComplaints complaints;
+    vexo_lock* stranded = NewLock("stranded");
+    vexo_lock* other = NewLock("other");
+    Lock(stranded);
+    Elsewhere([&] { Unlock(stranded); });
+    const std::string misuse = complaints.Text();
+    Lock(other);
+    Unlock(other);
+    Elsewhere([&] {
+        Lock(other);
+        Lock(stranded);
+        Unlock(stranded);
+        Unlock(other);
+    });
+    EXPECT_EQ(complaints.Text(), misuse);
+    Delete(other);
+    Delete(stranded);
 }
 
 TEST(LockOrder, TryLock_InOppositeOrder_CannotHangAndIsNoMisuse) {

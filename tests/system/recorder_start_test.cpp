@@ -36,13 +36,16 @@ TEST(Scenario, Default_FourChannels_AsDocumented) {
     EXPECT_EQ(scenario.frames_kept, 100U);
     ASSERT_EQ(scenario.users.size(), 2U);
     EXPECT_TRUE(scenario.users[0].administrator);
-    EXPECT_EQ(scenario.users[1].channels, (std::vector<unsigned>{1, 2}));
+    ASSERT_EQ(scenario.users[1].remote.masks.size(), 2U);
+    EXPECT_EQ(scenario.users[1].remote.masks[0].channels, (std::vector<unsigned>{1, 2}));
+    ASSERT_EQ(scenario.factory.size(), 2U);
+    EXPECT_EQ(scenario.factory[0].name, "DeviceModel");
 }
 
 TEST(Scenario, Default_Recordings_AsDocumented) {
     const Scenario scenario = ParseScenario(simulator::DefaultScenarioJson());
     ASSERT_EQ(scenario.disks.size(), 1U);
-    EXPECT_EQ(scenario.disks[0].megabytes, 1000U);
+    EXPECT_EQ(scenario.disks[0].megabytes, 2000U);
     EXPECT_EQ(scenario.recordings.live, simulator::LiveRecording::Watched);
     EXPECT_EQ(scenario.recordings.file_seconds, 300U);
     EXPECT_EQ(scenario.recordings.history.hours, 12U);
@@ -124,7 +127,31 @@ TEST(Scenario, Parse_WrongText_NamesPlaceAndRemedy) {
         {R"({"network": {"interfaces": [{}, {"name": "eth0"}]}})",
          "network.interfaces[1].name: \"eth0\" is the name of an earlier interface"},
         {R"({"platform_links": [{"number": 33}]})", "platform_links[0].number: 33 does not do"},
-        {R"({"disks": []})", "disks: is 0 entries, give a list of 1 to 16 entries"},
+        {R"({"disks": {}})", "disks: is object, give a list of 0 to 32 entries"},
+        {R"({"disks": [{"kind": "floppy"}]})",
+         "disks[0].kind: \"floppy\" does not do, give one of \"local\", \"external\", \"network\", \"array\""},
+        {R"({"disks": [{"state": "asleep"}]})", "disks[0].state: \"asleep\" does not do"},
+        {R"({"disks": [{"megabytes": 100, "partitions": [60, 41]}]})",
+         "disks[0].partitions: of 101 megabytes do not fit on a disk of 100"},
+        {R"({"disks": [{"partitions": [1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1]}]})",
+         "disks[0].partitions: 17 partitions are more than the 16"},
+        {R"({"cameras": [{"address": ""}]})", "cameras[0].address: has 0 bytes"},
+        {R"({"cameras": [{"main": {"quality": 7}}]})", "cameras[0].main.quality: 7 does not do"},
+        {R"({"users": [{"name": "admin", "administrator": true, "manage_disks": true}]})",
+         "users[0].manage_disks: does not go with an administrator"},
+        {R"({"users": [{"name": "bob", "local": {"rights": [6]}}]})",
+         "users[0].local.rights[0]: 6 does not do, give a whole number from 1 to 5"},
+        {R"({"users": [{"name": "bob", "remote": {"by_channel": [{"right": 5}]}}]})",
+         "users[0].remote.by_channel[0].right: 5 does not do, give a whole number from 1 to 4"},
+        {R"({"capability": {"kind": "toaster"}})", "capability.kind: \"toaster\" does not do"},
+        {R"({"capability": {"analog_channels": 5}})", "capability.analog_channels: 5 does not do"},
+        {R"({"capability": {"disk_slots": 0}})", "capability.disk_slots: 0 does not do"},
+        {R"({"capability": {"hardware": "2"}})", "capability.hardware: has 1 bytes"},
+        {R"({"factory": [{"value": "x"}]})", "factory[0].name: is missing"},
+        {R"({"factory": [{"name": "A"}, {"name": "A"}]})", "factory[1].name: \"A\" is the name of an earlier item"},
+        {R"({"network": {"default_interface": "eth1"}})", "network.default_interface: \"eth1\" is the name of no"},
+        {R"({"network": {"ipv6_dns1": "192.0.2.1"}})", "network.ipv6_dns1: \"192.0.2.1\" is no IPv6 address"},
+        {R"({"network": {"pppoe": {"address": "here"}}})", "network.pppoe.address: \"here\" is no IPv4 or IPv6"},
         {R"({"disks": [{"megabytes": 0}]})", "disks[0].megabytes: 0 does not do"},
         {R"({"recordings": {"live": "sometimes"}})",
          "recordings.live: \"sometimes\" does not do, give \"off\", \"watched\" or \"always\""},

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "core/scenario.h"
 
@@ -25,6 +26,7 @@ TEST(ScenarioDevice, NothingSaid_TakesTheDefaults) {
     EXPECT_EQ(scenario.talk.source, "tone");
     EXPECT_EQ(scenario.talk.hz, 1000U);
     EXPECT_EQ(scenario.talk.level, 0.3);
+    EXPECT_EQ(scenario.talk.frames, std::vector<unsigned>{320});
     EXPECT_EQ(scenario.zero_channel.width, 1280U);
     EXPECT_EQ(scenario.zero_channel.height, 720U);
     EXPECT_EQ(scenario.zero_channel.fps, 12U);
@@ -36,7 +38,7 @@ TEST(ScenarioDevice, NothingSaid_TakesTheDefaults) {
 TEST(ScenarioDevice, Everything_IsReadAsItStands) {
     const simulator::Scenario scenario = simulator::ParseScenario(R"({
         "alarm_inputs": 16, "reboot_seconds": 0,
-        "talk": {"source": "voice.wav", "hz": 0, "level": 1},
+        "talk": {"source": "voice.wav", "hz": 0, "level": 1, "frames": [320, 3200]},
         "zero_channel": {"width": 1920, "height": 1080, "fps": 25, "gop": 50, "kbps": 8000},
         "events": [{"kind": "disk full", "disk": 3, "at": 2.5, "for": 0}]
     })");
@@ -45,6 +47,7 @@ TEST(ScenarioDevice, Everything_IsReadAsItStands) {
     EXPECT_EQ(scenario.talk.source, "voice.wav");
     EXPECT_EQ(scenario.talk.hz, 0U);
     EXPECT_EQ(scenario.talk.level, 1);
+    EXPECT_EQ(scenario.talk.frames, (std::vector<unsigned>{320, 3200}));
     EXPECT_EQ(scenario.zero_channel.width, 1920U);
     EXPECT_EQ(scenario.zero_channel.kbps, 8000U);
     ASSERT_EQ(scenario.events.size(), 1U);
@@ -61,6 +64,8 @@ TEST(ScenarioDevice, Mistakes_NamePlaceAndBounds) {
               "reboot_seconds: -1 does not do, give a whole number from 0 to 600 (seconds)");
     EXPECT_EQ(WhyNot(R"({"talk": {"hz": 4000}})"),
               "talk.hz: 4000 does not do, give a whole number from 0 to 3900 (Hz, 0 for silence)");
+    EXPECT_EQ(WhyNot(R"({"talk": {"frames": [320, 0]}})"),
+              "talk.frames[1]: 0 does not do, give a whole number from 1 to 8000 (bytes of sound)");
     EXPECT_EQ(WhyNot(R"({"talk": {"sauce": "x"}})"),
               "talk.sauce: is not a key that belongs here; the nearest one is \"source\"");
     EXPECT_EQ(WhyNot(R"({"zero_channel": {"width": 641}})"),

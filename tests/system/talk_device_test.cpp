@@ -1,8 +1,5 @@
 // The simulated recorder's talk by plain calls: the tone that its microphone hears, at its pace, and what its
 // loudspeaker plays, as the WAV file that it leaves. A sound file as microphone stands in talk_file_test.cpp.
-extern "C" {
-#include <libavcodec/avcodec.h>
-}
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -14,16 +11,18 @@ extern "C" {
 #include "device_support.h"
 #include "live_reader.h"
 #include "recorder_test_support.h"
+#include "sound.h"
 
 namespace control = simulator::control;
-using device::ExpectTone;
-using device::FromALaw;
 using device::Home;
 using device::Login;
 using live::Eventually;
 using recorder_test::Contains;
 using recorder_test::CountOutstanding;
 using recorder_test::NewComplaints;
+using sound::Encoded;
+using sound::ExpectTone;
+using sound::FromALaw;
 
 namespace {
 
@@ -169,82 +168,15 @@ TEST_F(TalkTest, Captured_BeforeTheFirstIsDue_IsAFailure) {
 
 // ---- played --------------------------------------------------------------------------------------------------------
 
-unsigned Word(const std::string& bytes, size_t at, size_t size) {
-    unsigned value = 0;
-    for (size_t i = size; i-- > 0;) {
-        value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
-    }
-    return value;
-}
-
-/** The samples of the only file of played sound, after a look at its header. */
+/** The samples of the newest file of played sound. */
 std::vector<double> PlayedSamples() {
-    std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(Home() / "talk")) {
-        files.push_back(entry.path());
-    }
-    std::sort(files.begin(), files.end(),
-              [](const auto& left, const auto& right) { return last_write_time(left) < last_write_time(right); });
-    const std::string wave = files.empty() ? "" : device::Contents(files.back());
-    EXPECT_GE(wave.size(), 44U);
-    if (wave.size() < 44) {
-        return {};
-    }
-    EXPECT_EQ(wave.substr(0, 4) + wave.substr(8, 8), "RIFFWAVEfmt ");
-    EXPECT_EQ(Word(wave, 4, 4), wave.size() - 8);
-    EXPECT_EQ(Word(wave, 20, 2), 1U);  // PCM
-    EXPECT_EQ(Word(wave, 22, 2), 1U);  // channels
-    EXPECT_EQ(Word(wave, 24, 4), 8000U);
-    EXPECT_EQ(Word(wave, 28, 4), 16000U);
-    EXPECT_EQ(Word(wave, 34, 2), 16U);
-    EXPECT_EQ(wave.substr(36, 4), "data");
-    EXPECT_EQ(Word(wave, 40, 4), wave.size() - 44);
-    std::vector<double> samples;
-    for (size_t at = 44; at + 1 < wave.size(); at += 2) {
-        samples.push_back(static_cast<int16_t>(Word(wave, at, 2)) / 32768.0);
-    }
-    return samples;
-}
-
-/** Encodes a tone with the codec library; each packet is one frame's payload. */
-std::vector<std::vector<unsigned char>> Encoded(AVCodecID id, const std::vector<double>& tone) {
-    const AVCodec* encoder = avcodec_find_encoder(id);
-    AVCodecContext* codec = avcodec_alloc_context3(encoder);
-    codec->sample_rate = 8000;
-    codec->sample_fmt = encoder->sample_fmts[0];
-    av_channel_layout_default(&codec->ch_layout, 1);
-    AVDictionary* options = nullptr;
-    av_dict_set(&options, "block_size", "512", 0);  // of ADPCM; the others have no blocks
-    EXPECT_EQ(avcodec_open2(codec, encoder, &options), 0);
-    av_dict_free(&options);
-    const size_t step = codec->frame_size > 0 ? static_cast<size_t>(codec->frame_size) : 320;
-    AVFrame* frame = av_frame_alloc();
-    AVPacket* packet = av_packet_alloc();
-    std::vector<std::vector<unsigned char>> payloads;
-    for (size_t at = 0; at + step <= tone.size(); at += step) {
-        frame->format = codec->sample_fmt;
-        frame->nb_samples = static_cast<int>(step);
-        av_channel_layout_copy(&frame->ch_layout, &codec->ch_layout);
-        av_frame_get_buffer(frame, 0);
-        auto* samples = reinterpret_cast<int16_t*>(frame->extended_data[0]);
-        std::transform(tone.begin() + static_cast<long>(at), tone.begin() + static_cast<long>(at + step), samples,
-                       [](double sample) { return static_cast<int16_t>(std::lround(sample * 32767)); });
-        avcodec_send_frame(codec, frame);
-        while (avcodec_receive_packet(codec, packet) == 0) {
-            payloads.emplace_back(packet->data, packet->data + packet->size);
-            av_packet_unref(packet);
-        }
-        av_frame_unref(frame);
-    }
-    av_packet_free(&packet);
-    av_frame_free(&frame);
-    avcodec_free_context(&codec);
-    return payloads;
+    const std::vector<std::filesystem::path> files = sound::PlayedFiles();
+    return files.empty() ? std::vector<double>() : sound::WaveSamples(files.back());
 }
 
 TEST_F(TalkTest, Played_ALaw_IsTheSameToneInTheFile) {
     Start(VEXO_TALK_DEVICE, 0);
-    for (const auto& payload : Encoded(AV_CODEC_ID_PCM_ALAW, device::Tone(700, 0.5, 16000))) {
+    for (const auto& payload : Encoded(AV_CODEC_ID_PCM_ALAW, sound::Tone(700, 0.5, 16000))) {
         ASSERT_EQ(Play(ALAW, payload), 0);
     }
     const std::vector<double> samples = PlayedSamples();
@@ -254,7 +186,7 @@ TEST_F(TalkTest, Played_ALaw_IsTheSameToneInTheFile) {
 
 TEST_F(TalkTest, Played_MuLaw_IsTheSameToneInTheFile) {
     Start(VEXO_TALK_CHANNEL, 0);
-    for (const auto& payload : Encoded(AV_CODEC_ID_PCM_MULAW, device::Tone(900, 0.25, 16000))) {
+    for (const auto& payload : Encoded(AV_CODEC_ID_PCM_MULAW, sound::Tone(900, 0.25, 16000))) {
         ASSERT_EQ(Play(MULAW, payload), 0);
     }
     const std::vector<double> samples = PlayedSamples();
@@ -264,7 +196,7 @@ TEST_F(TalkTest, Played_MuLaw_IsTheSameToneInTheFile) {
 
 TEST_F(TalkTest, Played_Adpcm_IsTheSameToneInTheFile) {
     Start(VEXO_TALK_DEVICE, 0);
-    for (const auto& payload : Encoded(AV_CODEC_ID_ADPCM_IMA_WAV, device::Tone(500, 0.4, 20000))) {
+    for (const auto& payload : Encoded(AV_CODEC_ID_ADPCM_IMA_WAV, sound::Tone(500, 0.4, 20000))) {
         ASSERT_EQ(Play(ADPCM, payload), 0);
     }
     const std::vector<double> samples = PlayedSamples();
@@ -316,9 +248,25 @@ TEST_F(TalkTest, Stop_Twice_FailsWithComplaint) {
     const NewComplaints complaints;
     EXPECT_NE(vexo_model_stop_talking(talk), 0);
     EXPECT_TRUE(Contains(complaints.Text(), "talk given back that was not taken")) << complaints.Text();
-    std::array<unsigned char, 4096> buffer;
-    EXPECT_NE(vexo_model_get_talking_frame(talk, buffer.data(), 4096), 0);
-    EXPECT_TRUE(Contains(complaints.Text(), "which is not open")) << complaints.Text();
+}
+
+TEST_F(TalkTest, Use_OnceAfterTheStop_IsOvertaken_TwiceIsMisuse) {
+    unsigned talk = 0;
+    ASSERT_EQ(vexo_model_start_talking(m_login.Id(), VEXO_TALK_DEVICE, 0, &talk), 0);
+    std::vector<unsigned char> frame(4096);
+    ASSERT_TRUE(Eventually([&] { return vexo_model_get_talking_frame(talk, frame.data(), 4096) == 0; }));
+    ASSERT_EQ(vexo_model_stop_talking(talk), 0);
+    const NewComplaints complaints;
+    EXPECT_NE(vexo_model_get_talking_frame(talk, frame.data(), 4096), 0);
+    EXPECT_NE(vexo_model_play_talking_frame(talk, frame.data()), 0);
+    EXPECT_EQ(complaints.Text(), "");
+    const std::string handle = std::to_string(talk);
+    EXPECT_NE(vexo_model_get_talking_frame(talk, frame.data(), 4096), 0);
+    EXPECT_EQ(complaints.Text(), "vexo_model_get_talking_frame with talk " + handle + ", which is not open\n");
+    EXPECT_NE(vexo_model_play_talking_frame(talk, frame.data()), 0);
+    EXPECT_TRUE(Contains(complaints.Text(), "vexo_model_play_talking_frame with talk " + handle)) << complaints.Text();
+    EXPECT_NE(vexo_model_get_talking_frame(talk + 1, frame.data(), 4096), 0);
+    EXPECT_TRUE(Contains(complaints.Text(), "with talk " + std::to_string(talk + 1))) << "never given out";
 }
 
 TEST_F(TalkTest, Played_WhatIsNoSound_IsRefusedWithComplaint) {

@@ -1,14 +1,10 @@
 // hostmgrctl download: files that are whole or not there, whose pictures say when they were made. The library's own
 // downloads stand in download_test.cpp.
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <unistd.h>
-
-#include <csignal>
 
 #include "ctl_recordings.h"
+#include "ctl_terminal.h"
 
 using namespace ctl;  // the tests are all about it
 using testing::ElementsAreArray;
@@ -143,56 +139,6 @@ TEST_F(CtlDownloadTest, Download_RefusedLogin_LeavesAnEarlierFileAlone) {
     EXPECT_EQ(Run("download -u admin -p wrong -o file.mkv" + WHOLE).status, REFUSED);
     EXPECT_EQ(ctl::Contents(At("file.mkv")), "precious");
 }
-
-/** A run of the tool with standard error on a terminal; told to end when wanted says so of what it wrote there. */
-class TerminalRun {
-public:
-    TerminalRun(const std::vector<std::string>& arguments, const std::string& folder) {
-        std::vector<char*> list;
-        for (const std::string& argument : arguments) {
-            list.push_back(const_cast<char*>(argument.c_str()));
-        }
-        list.push_back(nullptr);
-        m_child = forkpty(&m_terminal, nullptr, nullptr, nullptr);
-        if (m_child == 0) {
-            const bool moved = chdir(folder.c_str()) == 0;
-            dup2(open("stdout.txt", O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
-            _exit(moved && execv(HOSTMGRCTL, list.data()) == 0 ? 0 : 127);
-        }
-    }
-
-    ~TerminalRun() {
-        if (m_terminal >= 0) {
-            close(m_terminal);
-        }
-    }
-    TerminalRun(const TerminalRun&) = delete;
-    TerminalRun& operator=(const TerminalRun&) = delete;
-
-    /** Reads what the terminal shows until the tool has ended, and interrupts it once that stands there; exit status.
-     */
-    int Follow(const std::string& interrupt_at = "") {
-        char buffer[256];
-        ssize_t size = 0;
-        bool interrupted = interrupt_at.empty();
-        while ((size = read(m_terminal, buffer, sizeof(buffer))) > 0) {
-            m_shown.append(buffer, static_cast<size_t>(size));
-            if (!interrupted && m_shown.find(interrupt_at) != std::string::npos) {
-                interrupted = kill(m_child, SIGINT) == 0;
-            }
-        }
-        int status = 0;
-        waitpid(m_child, &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-    const std::string& Shown() const { return m_shown; }
-
-private:
-    int m_terminal = -1;
-    pid_t m_child = -1;
-    std::string m_shown;
-};
 
 TEST_F(CtlDownloadTest, Download_OnATerminal_ShowsABarWithPositionRateAndTimeLeft) {
     TerminalRun run({"hostmgrctl", "download", "-o", "file.mkv", "--from", "2024-01-05 11:00", "--to",

@@ -32,10 +32,15 @@ const std::string PATIENT_LIVE = "live --timeout 60 ";
 
 constexpr char SMALL_RECORDER[] = R"({"cameras": [{"main": {"width": 320, "height": 180, "fps": 25, "gop": 10}}]})";
 
+constexpr const char* COMMANDS[] = {"version",  "login",    "live",     "zero",    "files",  "play",
+                                    "download", "snapshot", "capture",  "talk",    "alarms", "alarm-status",
+                                    "ptz",      "record",   "config",   "factory", "doc",    "diagnose",
+                                    "log",      "reboot",   "poweroff", "restore"};
+
 // ---- help and usage ------------------------------------------------------------------------------------------------
 
 TEST_F(CtlTest, Help_EveryCommand_FitsAndNamesFunctionsExamplesAndExitCodes) {
-    for (const std::string command : {"version", "login", "live", "files", "play", "download"}) {
+    for (const std::string command : COMMANDS) {
         const Outcome outcome = Run(command + " --help");
         EXPECT_EQ(outcome.status, OK);
         EXPECT_THAT(outcome.out, HasSubstr("Exported functions (vexo_HostMgr_Dev_...):\n  init")) << command;
@@ -50,8 +55,8 @@ TEST_F(CtlTest, Help_EveryCommand_FitsAndNamesFunctionsExamplesAndExitCodes) {
 TEST_F(CtlTest, Help_WithoutCommand_ListsTheCommands) {
     const Outcome outcome = Run("--help");
     EXPECT_EQ(outcome.status, OK);
-    for (const char* command : {"version", "login", "live", "files", "play", "download"}) {
-        EXPECT_THAT(outcome.out, HasSubstr(std::string("  ") + command + " "));
+    for (const std::string command : COMMANDS) {
+        EXPECT_THAT(outcome.out, HasSubstr("  " + command + " "));
     }
     for (const std::string& line : ctl::Lines(outcome.out)) {
         EXPECT_LE(line.size(), 80U) << line;

@@ -6,6 +6,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/audio_fifo.h>
+#include <libswresample/swresample.h>
 }
 
 #include <memory>
@@ -19,6 +20,7 @@ struct AvDelete {
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
     void operator()(AVAudioFifo* fifo) const { av_audio_fifo_free(fifo); }
+    void operator()(SwrContext* resampler) const { swr_free(&resampler); }
 };
 
 template <typename T>

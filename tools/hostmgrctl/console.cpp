@@ -16,6 +16,7 @@ namespace {
 constexpr char MARK =
     '\1';  // starts a line that the tool itself sends through the pipe, to know what has come before it
 constexpr const char* ERROR_PREFIX = "[HOSTMGR] ERROR! ";
+constexpr const char* WARNING_PREFIX = "[HOSTMGR] WARNING! ";
 constexpr const char* ASSERTION = "ASSERT!";
 constexpr int ASSERTION_LINES = 4;  // after its first one
 
@@ -38,6 +39,12 @@ std::string Plain(const std::string& line) {
 std::string Spaced(const std::string& error) {
     const size_t colon = error.find("]:");
     return colon == std::string::npos ? error : error.substr(0, colon + 2) + " " + error.substr(colon + 2);
+}
+
+/** An error that quotes a document is as long as that. */
+std::string Shortened(const std::string& error) {
+    constexpr size_t LONGEST = 300;
+    return error.size() <= LONGEST ? error : error.substr(0, LONGEST) + "...";
 }
 
 /** The pipe's reading end. Its thread ends when no writer is left. */
@@ -63,7 +70,13 @@ public:
 
     std::string LastError() {
         std::lock_guard<std::mutex> lock(m_mutex);
-        return m_last_error;
+        return m_last_error.empty() ? m_last_warning : m_last_error;
+    }
+
+    void ForgetErrors() {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_last_error.clear();
+        m_last_warning.clear();
     }
 
     /** The assertion that ended the library, or empty. */
@@ -110,7 +123,13 @@ private:
 
     void Remember(const std::string& line) {
         if (line.rfind(ERROR_PREFIX, 0) == 0) {
-            m_last_error = Spaced(line.substr(std::string(ERROR_PREFIX).size()));
+            m_last_error = Shortened(Spaced(line.substr(std::string(ERROR_PREFIX).size())));
+            m_text_to_come = m_last_error.back() == ' ';
+        } else if (m_text_to_come) {
+            m_text_to_come = false;
+            m_last_error = Shortened(m_last_error + line);
+        } else if (line.rfind(WARNING_PREFIX, 0) == 0) {
+            m_last_warning = Spaced(line.substr(std::string(WARNING_PREFIX).size()));
         } else if (line == ASSERTION) {
             m_last_words = line + "\n";
             m_words_to_come = ASSERTION_LINES;
@@ -128,7 +147,9 @@ private:
     unsigned m_marks_seen = 0;
     bool m_ended = false;
     int m_words_to_come = 0;
+    bool m_text_to_come = false;  // the last error's text begins in the next line
     std::string m_last_error;
+    std::string m_last_warning;
     std::string m_last_words;
     std::thread m_thread;  // last: it uses the others
 };
@@ -182,6 +203,11 @@ FILE* Data() {
 std::string LastError() {
     s_listener->CatchUp();
     return s_listener->LastError();
+}
+
+void ForgetErrors() {
+    s_listener->CatchUp();
+    s_listener->ForgetErrors();
 }
 
 bool Finish() {

@@ -18,8 +18,14 @@ void Divert(bool verbose);
 /** Where data goes: the real standard output. */
 FILE* Data();
 
-/** The library's last error so far, without colour and prefix, as "function[line]: text"; empty when there is none. */
+/**
+ * The library's last error so far, without colour and prefix, as "function[line]: text"; where there was none, its last
+ * warning, for what a recorder refuses softly is one; empty when there was neither.
+ */
 std::string LastError();
+
+/** Forgets the errors and warnings so far: LastError speaks of what comes from now on. */
+void ForgetErrors();
 
 /** Ends the diversion: no library line is shown any more. False when data could not be written. */
 bool Finish();

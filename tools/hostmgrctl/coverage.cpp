@@ -1,12 +1,9 @@
 #include "coverage.h"
 
-#include <langinfo.h>
-
-#include <clocale>
 #include <cmath>
-#include <cstring>
 
 #include "local_time.h"
+#include "terminal_text.h"
 
 namespace hostmgrctl {
 namespace {
@@ -27,8 +24,7 @@ const char* Step(const char* const (&steps)[COUNT], double share) {
 }  // namespace
 
 bool TerminalHasBlocks() {
-    setlocale(LC_CTYPE, "");
-    return strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
+    return TerminalEncoding() == "UTF-8";
 }
 
 std::string BarScale(time_t day) {

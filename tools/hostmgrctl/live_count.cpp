@@ -76,10 +76,11 @@ void LiveCount::Add(const Frame& frame, int64_t now) {
     m_age = now - frame.Time();
 }
 
-void LiveCount::Print(FILE* out) const {
-    fprintf(out, "channel %u, %s stream\n", m_channel, StreamName(m_stream));
+void LiveCount::Print(FILE* out, bool sound) const {
     PrintVideo(out);
-    PrintAudio(out);
+    if (sound) {
+        PrintAudio(out);
+    }
     if (m_no_signal > 0) {
         fprintf(out, "  signal  the recorder reports no video signal in %llu of %llu frames\n",
                 static_cast<unsigned long long>(m_no_signal), static_cast<unsigned long long>(m_video.frames));
@@ -110,25 +111,22 @@ void LiveCount::PrintAudio(FILE* out) const {
             Amount(m_audio.bytes).c_str());
 }
 
-nlohmann::ordered_json LiveCount::Json() const {
-    nlohmann::ordered_json video = TrackJson(m_video, VideoCodecName(m_video.codec));
-    video["key_frames"] = m_key_frames;
-    video["width"] = m_width;
-    video["height"] = m_height;
-    video["no_signal_frames"] = m_no_signal;
-    nlohmann::ordered_json json = {{"channel", m_channel},
-                                   {"stream", StreamName(m_stream)},
-                                   {"video", nullptr},
-                                   {"audio", nullptr},
-                                   {"picture_age_ms", nullptr}};
+void LiveCount::AddJson(nlohmann::ordered_json* json) const {
+    (*json)["video"] = nullptr;
+    (*json)["audio"] = nullptr;
+    (*json)["picture_age_ms"] = nullptr;
     if (m_video.frames > 0) {
-        json["video"] = video;
-        json["picture_age_ms"] = Rounded(static_cast<double>(m_age) / 1000);
+        nlohmann::ordered_json video = TrackJson(m_video, VideoCodecName(m_video.codec));
+        video["key_frames"] = m_key_frames;
+        video["width"] = m_width;
+        video["height"] = m_height;
+        video["no_signal_frames"] = m_no_signal;
+        (*json)["video"] = video;
+        (*json)["picture_age_ms"] = Rounded(static_cast<double>(m_age) / 1000);
     }
     if (m_audio.frames > 0) {
-        json["audio"] = TrackJson(m_audio, AudioCodecName(m_audio.codec));
+        (*json)["audio"] = TrackJson(m_audio, AudioCodecName(m_audio.codec));
     }
-    return json;
 }
 
 }  // namespace hostmgrctl

@@ -1,4 +1,4 @@
-// What has been read of a channel, in figures, as text and as JSON. Reading and writing files do not belong here.
+// What has been read of a live stream, in figures, as text and as JSON. Reading and writing files do not belong here.
 #ifndef HOSTMGRCTL_LIVE_COUNT_H
 #define HOSTMGRCTL_LIVE_COUNT_H
 
@@ -28,25 +28,21 @@ struct TrackCount {
 
 class LiveCount {
 public:
-    LiveCount(unsigned channel, unsigned stream) : m_channel(channel), m_stream(stream) {}
-
     /** now: the wall clock when the frame was read, microseconds since 1970. */
     void Add(const Frame& frame, int64_t now);
 
     const TrackCount& Video() const { return m_video; }
     const TrackCount& Audio() const { return m_audio; }
 
-    /** Lines for a person. */
-    void Print(FILE* out) const;
-    /** The members "channel" to "picture_age_ms" of the summary; see README.md. */
-    nlohmann::ordered_json Json() const;
+    /** Lines for a person; sound: whether there was any to be expected. */
+    void Print(FILE* out, bool sound) const;
+    /** Adds the members "video" to "picture_age_ms" of the summary; see README.md. */
+    void AddJson(nlohmann::ordered_json* json) const;
 
 private:
     void PrintVideo(FILE* out) const;
     void PrintAudio(FILE* out) const;
 
-    const unsigned m_channel;
-    const unsigned m_stream;
     TrackCount m_video;
     TrackCount m_audio;
     uint64_t m_key_frames = 0;

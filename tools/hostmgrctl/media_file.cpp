@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
 
@@ -17,18 +16,12 @@ constexpr AVRational MICROSECONDS = {1, 1000000};
 constexpr int64_t LONGEST_WAIT = 2000000;  // microseconds of video that wait for the first sound
 enum StreamIndex { VIDEO = 0, AUDIO = 1 };
 
-constexpr const char* ASIDE = ".part";
-
 constexpr Container CONTAINERS[] = {
     {".mkv", "matroska", SoundWay::Copy},
     {".mov", "mov", SoundWay::Copy},
     {".mp4", "mp4", SoundWay::ToAac},
     {".h264", "h264", SoundWay::Leave},
 };
-
-[[noreturn]] void CannotWrite(const std::string& path, const std::string& why) {
-    throw Failure(ExitCode::NoOutput, "cannot write " + path + ": " + why);
-}
 
 const Container& ContainerOf(const std::string& path) {
     const std::string extension = std::filesystem::path(path).extension().string();
@@ -39,20 +32,6 @@ const Container& ContainerOf(const std::string& path) {
     }
     throw Failure(ExitCode::Usage, "cannot tell a format from the name " + path + ": end it with one of " +
                                        KnownExtensions() + " (.mkv is best)");
-}
-
-/** Before anything has been read: nobody should wait for a minute of video that cannot be kept. */
-void CheckWritable(const std::string& path, FilePlace place) {
-    const std::filesystem::path file(path);
-    const std::string folder = file.has_parent_path() ? file.parent_path().string() : ".";
-    std::error_code error;
-    if (std::filesystem::is_directory(file, error)) {
-        CannotWrite(path, "it is a folder");
-    }
-    const std::string& what = std::filesystem::exists(file, error) ? path : folder;
-    if (access(what.c_str(), W_OK) != 0 || (place == FilePlace::Aside && access(folder.c_str(), W_OK) != 0)) {
-        CannotWrite(path, strerror(errno));
-    }
 }
 
 AVCodecID G711Of(unsigned codec) {
@@ -74,7 +53,8 @@ std::string KnownExtensions() {
 
 MediaFile::MediaFile(std::string path, bool audio, FilePlace place)
     : m_path(std::move(path)),
-      m_written(place == FilePlace::Aside ? m_path + ASIDE : m_path),
+      m_place(place),
+      m_written(GrowingPath(m_path, place)),
       m_container(ContainerOf(m_path)),
       m_audio_wanted(audio && m_container.sound != SoundWay::Leave) {
     CheckWritable(m_path, place);
@@ -242,13 +222,8 @@ void MediaFile::Finish() {
     }
     Check(av_write_trailer(m_format));
     Check(avio_closep(&m_format->pb));
+    PutInPlace(m_path, m_place);
     std::error_code error;
-    if (m_written != m_path) {
-        std::filesystem::rename(m_written, m_path, error);
-        if (error) {
-            CannotWrite(m_path, error.message());
-        }
-    }
     m_size = std::filesystem::file_size(m_path, error);
 }
 

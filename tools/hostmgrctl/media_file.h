@@ -14,17 +14,12 @@
 #include "aac_track.h"
 #include "av_handle.h"
 #include "frame.h"
+#include "output_file.h"
 
 namespace hostmgrctl {
 
 /** What a container does with the channel's sound. */
 enum class SoundWay { Copy, ToAac, Leave };
-
-/** Where a file is written. */
-enum class FilePlace {
-    Direct,  ///< in its place, as it grows
-    Aside,   ///< beside it, with ".part" at its end; Finish puts it in its place, and without Finish there is none
-};
 
 struct Container {
     const char* extension;
@@ -81,6 +76,7 @@ private:
     void Check(int result) const;
 
     const std::string m_path;
+    const FilePlace m_place;
     const std::string m_written;  ///< the path while it grows
     const Container& m_container;
     bool m_audio_wanted;

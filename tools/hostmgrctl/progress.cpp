@@ -7,12 +7,14 @@
 namespace hostmgrctl {
 namespace {
 
-constexpr std::chrono::milliseconds INTERVAL{500};
 constexpr const char* CLEAR_LINE = "\r\033[K";
 
 }  // namespace
 
-Progress::Progress() : m_terminal(isatty(STDERR_FILENO) != 0), m_next(std::chrono::steady_clock::now() + INTERVAL) {}
+Progress::Progress(std::chrono::milliseconds interval)
+    : m_interval(interval),
+      m_terminal(isatty(STDERR_FILENO) != 0),
+      m_next(std::chrono::steady_clock::now() + interval) {}
 
 Progress::~Progress() {
     if (m_shown) {
@@ -25,7 +27,7 @@ bool Progress::Due() {
     if (!m_terminal || now < m_next) {
         return false;
     }
-    m_next = now + INTERVAL;
+    m_next = now + m_interval;
     return true;
 }
 

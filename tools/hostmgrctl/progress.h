@@ -9,18 +9,20 @@ namespace hostmgrctl {
 
 class Progress {
 public:
-    Progress();
+    /** interval: how often something is shown. */
+    explicit Progress(std::chrono::milliseconds interval = std::chrono::milliseconds(500));
     /** Clears the line. */
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /** Whether it is time to show something again, twice a second. */
+    /** Whether it is time to show something again. */
     bool Due();
 
     void Show(const std::string& text);
 
 private:
+    const std::chrono::milliseconds m_interval;
     const bool m_terminal;
     std::chrono::steady_clock::time_point m_next;
     bool m_shown = false;

@@ -29,9 +29,25 @@ const std::vector<Topic>& Topics();
 extern const Topic VERSION_TOPIC;
 extern const Topic LOGIN_TOPIC;
 extern const Topic LIVE_TOPIC;
+extern const Topic ZERO_TOPIC;
 extern const Topic FILES_TOPIC;
 extern const Topic PLAY_TOPIC;
 extern const Topic DOWNLOAD_TOPIC;
+extern const Topic SNAPSHOT_TOPIC;
+extern const Topic CAPTURE_TOPIC;
+extern const Topic TALK_TOPIC;
+extern const Topic ALARMS_TOPIC;
+extern const Topic ALARM_STATUS_TOPIC;
+extern const Topic PTZ_TOPIC;
+extern const Topic RECORD_TOPIC;
+extern const Topic CONFIG_TOPIC;
+extern const Topic FACTORY_TOPIC;
+extern const Topic DOC_TOPIC;
+extern const Topic DIAGNOSE_TOPIC;
+extern const Topic LOG_TOPIC;
+extern const Topic REBOOT_TOPIC;
+extern const Topic POWEROFF_TOPIC;
+extern const Topic RESTORE_TOPIC;
 
 }  // namespace hostmgrctl
 

@@ -16,7 +16,9 @@ using played::Got;
 using played::PictureTimes;
 using played::Span;
 using played::TimesOf;
+using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -402,6 +404,24 @@ TEST_F(PlaybackTest, Logout_DuringAPlay_EndsItWithoutRemains) {
     const Session another;
     EXPECT_GT(another.Login(), 0);
     EXPECT_EQ(collector.All().size(), at_logout);
+}
+
+// The replay thread waits for the lock that a bad time selector left taken; the logout of another thread lets it go.
+TEST_F(PlaybackTest, Logout_OnAnotherThreadThanTheBadTimeSelectors_EndsThePlay) {
+    constexpr auto NO_SELECTOR = static_cast<HostMgrPlayTimeSelector>(9);
+    Collector& collector = NewCollector();
+    ASSERT_NE(Start(1, Recording(1, 0), &collector), -1);
+    Command(Login(), HOSTMGR_PLAYCMD_SPEED, 1);
+    ASSERT_TRUE(collector.UntilPictures(2));
+    HostMgrPlayCtrlParam order = {};
+    order.dwPlayCmd = HOSTMGR_PLAYCMD_GETTIME;
+    order.dwParam = NO_SELECTOR;
+    vexo_soft::vexo_HostMgr_Dev_Control(Login(), HOSTMGR_CONTROL_PLAYBACK, 0, 0, nullptr, 0, &order, sizeof order,
+                                        nullptr, 0);
+    std::thread([this] { LogOut(); }).join();
+    ExpectNothingOutstanding();
+    EXPECT_THAT(simulator::control::Complaints(),
+                ElementsAre(HasSubstr("lock vexo_hostmgr_playback lock, user 97: unlocked by")));
 }
 
 TEST_F(PlaybackTest, Stop_FromManyThreads_OneOfThemStopsIt) {

@@ -279,9 +279,11 @@ protected:
 
     Span Recording(unsigned channel, size_t index) const { return Spans(Login(), channel).at(index); }
 
+    void LogOut() { m_session.reset(); }
+
     /** Logs out, and sees that nothing is left of it. */
     void ExpectNothingLeft() {
-        m_session.reset();
+        LogOut();
         ExpectAllGivenBack();
     }
 

@@ -367,7 +367,7 @@ TEST(Disks, Info_TellsTheScenariosDisk) {
     EXPECT_EQ(info.identity.type, 1U);
     EXPECT_STREQ(info.identity.name, "disk-1");
     EXPECT_EQ(info.state, VEXO_DISK_STATE_NORMAL);
-    EXPECT_EQ(info.size_mb, 1000U);
+    EXPECT_EQ(info.size_mb, 2000U);
     ASSERT_EQ(info.partition_num, 1U);
     EXPECT_EQ(info.partition[0].mount_path, simulator::HomeFolder() + "/disk-1");
     EXPECT_TRUE(std::filesystem::is_directory(info.partition[0].mount_path));

@@ -6,6 +6,7 @@
 
 #include "device_support.h"
 #include "live_reader.h"
+#include "sound.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ public:
     void SetUp() override {
         // Half a second, 300 whole turns: the tone runs on when the file begins anew.
         std::ofstream(device::Home() / "voice.wav", std::ios::binary)
-            << StereoWave(device::Tone(600, 0.45, static_cast<size_t>(FILE_RATE / 2), FILE_RATE));
+            << StereoWave(sound::Tone(600, 0.45, static_cast<size_t>(FILE_RATE / 2), FILE_RATE));
         Recorder::SetUp();
     }
 };
@@ -60,13 +61,13 @@ TEST(TalkFile, Captured_SoundFile_IsItsToneAtItsPitchAndLevelOverAndOver) {
     while (samples.size() < 16000) {
         std::array<unsigned char, 4096> frame;
         ASSERT_TRUE(live::Eventually([&] { return vexo_model_get_talking_frame(talk, frame.data(), 4096) == 0; }));
-        std::transform(frame.begin() + 36, frame.begin() + 356, std::back_inserter(samples), device::FromALaw);
+        std::transform(frame.begin() + 36, frame.begin() + 356, std::back_inserter(samples), sound::FromALaw);
     }
     EXPECT_EQ(vexo_model_stop_talking(talk), 0);
     // Where the file begins anew its edges may be blurred by a few samples; the rest is the tone.
-    EXPECT_NEAR(device::AmplitudeAt(600, samples), 0.45, 0.03);
-    EXPECT_LT(device::AmplitudeAt(900, samples), 0.02);
-    EXPECT_LT(device::AmplitudeAt(300, samples), 0.02);
+    EXPECT_NEAR(sound::AmplitudeAt(600, samples), 0.45, 0.03);
+    EXPECT_LT(sound::AmplitudeAt(900, samples), 0.02);
+    EXPECT_LT(sound::AmplitudeAt(300, samples), 0.02);
 }
 
 }  // namespace

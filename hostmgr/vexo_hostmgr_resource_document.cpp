@@ -23,7 +23,7 @@ class DocumentPath {
 public:
     explicit DocumentPath(const char* name)
         : m_size(sizeof(HOSTMGR_CONFIG_DIR "/hostmgr_.xml") + strlen(name)),
-          m_path(static_cast<char*>(calloc(m_size, 1))) {
+          m_path(static_cast<char*>(malloc(m_size))) {
         if (m_path != NULL)
             snprintf(m_path, m_size, "%s/hostmgr_%s.xml", HOSTMGR_CONFIG_DIR, name);
     }
@@ -81,11 +81,12 @@ static char* ExportDocument(const HostMgrSite& site, vexo_xml_operate* document)
     }
     const size_t needed = size_t{size} + 1;
     const size_t capacity = needed > SMALLEST ? needed : SMALLEST;
-    char* text = static_cast<char*>(calloc(capacity, 1));
+    char* text = static_cast<char*>(malloc(capacity));
     if (text == NULL) {
         NoMemory(site, capacity);
         return NULL;
     }
+    memset(text, 0, capacity);
     unsigned int exported = 0;
     if (document->export_content(text, static_cast<unsigned int>(capacity), &exported) != 0)
         HostMgrPrintf(HOSTMGR_LEVEL_ERROR, site, "export_content to str failed!!, export_size %d\n", exported);

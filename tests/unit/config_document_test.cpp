@@ -228,27 +228,27 @@ TEST_F(Documents, ExportWithoutTerminator_EndsWithTheBuffer) {
 
 TEST_F(Documents, NoMemoryForTheText_IsAFailure) {
     PutDocument("a", "<a/>");
-    FailCallocFrom(1024);
+    FailMallocFrom(1024);
     EXPECT_EQ(ReadFails(), Error(READ, "vexo_utility_malloc failed, size 1024!!\n"));
-    FailCallocFrom(0);
+    FailMallocFrom(0);
     EXPECT_THAT(WithAny({"export", "delete"}, platform.TakeCalls()), ElementsAre(Released(READ)[0]));
 }
 
 TEST_F(Documents, SizeOf4GiBLessTwo_IsAskedForWhole) {
     PutDocument("a", "<a/>");
     documents.size = 0xFFFFFFFE;
-    FailCallocFrom(0xFFFFFFFF);
+    FailMallocFrom(0xFFFFFFFF);
     EXPECT_EQ(ReadFails(), Error(READ, "vexo_utility_malloc failed, size -1!!\n"));
-    FailCallocFrom(0);
+    FailMallocFrom(0);
 }
 
 TEST_F(Documents, NoMemoryForThePath_IsAFailure) {
     PutDocument("a", "<a/>");
-    FailCallocFrom(23);
+    FailMallocFrom(23);
     EXPECT_EQ(ReadFails(), Error(READ, "vexo_utility_malloc failed, size 23!!\n"));
     EXPECT_EQ(Console([] { EXPECT_EQ(Save("a", "<a/>"), -1); }),
               Error(SAVE, "vexo_utility_malloc failed, size 23!!\n"));
-    FailCallocFrom(0);
+    FailMallocFrom(0);
     EXPECT_THAT(platform.TakeCalls(), IsEmpty());
 }
 

@@ -186,19 +186,19 @@ int __wrap_access(const char* path, int mode) {
 
 // ---- memory --------------------------------------------------------------------------------------------------------
 
-static std::atomic<size_t> s_calloc_fails_from{0};
+static std::atomic<size_t> s_malloc_fails_from{0};
 
-void FailCallocFrom(size_t bytes) {
-    s_calloc_fails_from = bytes;
+void FailMallocFrom(size_t bytes) {
+    s_malloc_fails_from = bytes;
 }
 
 extern "C" {
-void* __wrap_calloc(size_t count, size_t size);
-void* __real_calloc(size_t count, size_t size);
+void* __wrap_malloc(size_t size);
+void* __real_malloc(size_t size);
 
-void* __wrap_calloc(size_t count, size_t size) {
-    const size_t limit = s_calloc_fails_from;
-    return limit != 0 && count * size >= limit ? nullptr : __real_calloc(count, size);
+void* __wrap_malloc(size_t size) {
+    const size_t limit = s_malloc_fails_from;
+    return limit != 0 && size >= limit ? nullptr : __real_malloc(size);
 }
 }
 

@@ -60,8 +60,8 @@ std::string FilePath(const char* path);
 /** The nth new (std::nothrow) from now on gives null, once; 1 is the next. */
 void FailNothrowNew(int nth);
 
-/** Each calloc of so many bytes and more gives null from now on; 0: none does. */
-void FailCallocFrom(size_t bytes);
+/** Each malloc of so many bytes and more gives null from now on; 0: none does. */
+void FailMallocFrom(size_t bytes);
 
 /** What is allocated while one lives may be leaked: for the one leak that is part of the library's contract, the module
  *  objects that a failed login leaves behind and a later login overwrites. */

@@ -8,25 +8,25 @@ namespace {
 
 struct Row {
     unsigned type;
+    unsigned first;  ///< what is to be added to the recorder's number for counting from 1
     const char* name;
     const char* place;
-    unsigned first;  ///< what is to be added to the recorder's number for counting from 1
 };
 
 constexpr Row SENT[] = {
-    {HOSTMGR_ALARM_MOTION, "motion", "channel", 0},          {HOSTMGR_ALARM_INPUT, "input", "input", 0},
-    {HOSTMGR_ALARM_SHELTER, "shelter", "channel", 0},        {HOSTMGR_ALARM_VIDEO_LOSS, "video loss", "channel", 0},
-    {HOSTMGR_ALARM_DISK_FULL, "disk full", "disk", 0},       {HOSTMGR_ALARM_DISK_ERROR, "disk error", "disk", 0},
-    {HOSTMGR_ALARM_NET_DISCONNECTED, "network lost", "", 0}, {HOSTMGR_ALARM_NET_CONFLICT, "address conflict", "", 0},
+    {HOSTMGR_ALARM_MOTION, 0, "motion", "channel"},          {HOSTMGR_ALARM_INPUT, 0, "input", "input"},
+    {HOSTMGR_ALARM_SHELTER, 0, "shelter", "channel"},        {HOSTMGR_ALARM_VIDEO_LOSS, 0, "video loss", "channel"},
+    {HOSTMGR_ALARM_DISK_FULL, 0, "disk full", "disk"},       {HOSTMGR_ALARM_DISK_ERROR, 0, "disk error", "disk"},
+    {HOSTMGR_ALARM_NET_DISCONNECTED, 0, "network lost", ""}, {HOSTMGR_ALARM_NET_CONFLICT, 0, "address conflict", ""},
 };
 
 constexpr Row STATUS[] = {
-    {HOSTMGR_ALARM_STATUS_OTHER, "other", "number", 0},
-    {HOSTMGR_ALARM_STATUS_DISK_FULL, "disk full", "disk", 0},
-    {HOSTMGR_ALARM_STATUS_MOTION, "motion", "channel", 1},
-    {HOSTMGR_ALARM_STATUS_DISK_ERROR, "disk error", "disk", 0},
-    {HOSTMGR_ALARM_STATUS_VIDEO_LOSS, "video loss", "channel", 1},
-    {HOSTMGR_ALARM_STATUS_SHELTER, "shelter", "channel", 1},
+    {HOSTMGR_ALARM_STATUS_OTHER, 0, "other", "number"},
+    {HOSTMGR_ALARM_STATUS_DISK_FULL, 0, "disk full", "disk"},
+    {HOSTMGR_ALARM_STATUS_MOTION, 1, "motion", "channel"},
+    {HOSTMGR_ALARM_STATUS_DISK_ERROR, 0, "disk error", "disk"},
+    {HOSTMGR_ALARM_STATUS_VIDEO_LOSS, 1, "video loss", "channel"},
+    {HOSTMGR_ALARM_STATUS_SHELTER, 1, "shelter", "channel"},
 };
 
 template <size_t ROWS>

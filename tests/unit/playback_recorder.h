@@ -43,7 +43,7 @@ private:
 // ---- readers -------------------------------------------------------------------------------------------------------
 
 /** A channel's reader: hands out its frames, each until it is released. Recorded as "reader1.open(files1)". */
-class TestReader : public vexo_avss_file_reader {
+class TestReader final : public vexo_avss_file_reader {
 public:
     TestReader(PlatformMock& platform, std::string name) : m_platform(platform), m_name(std::move(name)) {}
 
@@ -129,7 +129,7 @@ private:
  * removing a reader and deleting wait for a callback that runs, unless they come from inside it; a test may turn the
  * waiting off. Recorded as "advance1.add_reader(reader1)".
  */
-class TestAdvanceReader : public vexo_advance_avss_file_reader {
+class TestAdvanceReader final : public vexo_advance_avss_file_reader {
 public:
     TestAdvanceReader(PlatformMock& platform, std::string name) : m_platform(platform), m_name(std::move(name)) {}
 

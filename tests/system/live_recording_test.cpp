@@ -189,7 +189,8 @@ TEST(LiveRecording, FullDisk_OldestGoes_AndRecordingGoesOn) {
         const std::vector<vexo_rec_file> files = FilesNow(LOUD);
         return !files.empty() && files.front().info_1 != first;
     }));
-    EXPECT_TRUE(vexo_model_ch_is_recording(LOUD));
+    // Between two files nothing is recorded for a moment.
+    EXPECT_TRUE(WatchUntil(LOUD, [] { return vexo_model_ch_is_recording(LOUD) != VEXO_FALSE; }));
     EXPECT_FALSE(Recorded(LOUD, recorded::MAIN).empty());
 }
 

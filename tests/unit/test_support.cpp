@@ -208,14 +208,23 @@ void FailNothrowNew(int nth) {
     s_new_fails_in = nth;
 }
 
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
+// The linker puts this in the place of new (std::nothrow): a sanitizer may have an operator of its own, which cannot be
+// replaced.
+#if __SIZEOF_SIZE_T__ == 8
+#define NOTHROW_NEW(prefix) prefix##_ZnwmRKSt9nothrow_t
+#else
+#define NOTHROW_NEW(prefix) prefix##_ZnwjRKSt9nothrow_t
+#endif
+
+extern "C" {
+void* NOTHROW_NEW(__wrap_)(size_t size, const std::nothrow_t& tag) noexcept;
+void* NOTHROW_NEW(__real_)(size_t size, const std::nothrow_t& tag) noexcept;
+
+void* NOTHROW_NEW(__wrap_)(size_t size, const std::nothrow_t& tag) noexcept {
     if (s_new_fails_in > 0 && --s_new_fails_in == 0)
         return nullptr;
-    try {
-        return operator new(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    return NOTHROW_NEW(__real_)(size, tag);
+}
 }
 
 #ifdef UNIT_LEAK_CHECK

@@ -122,7 +122,7 @@ TEST_F(CtlDiagnoseTest, Logins_ShowWhoIsLoggedIn) {
 TEST_F(CtlDiagnoseTest, WhatIsNoGbk_BecomesAMark) {
     const Outcome outcome = Run("diagnose logins -u 'euro €' -p '€€'");
     EXPECT_THAT(outcome.out, HasSubstr(" username:euro 鈧? passwd:鈧?鈧? ip:")) << outcome.err;
-    EXPECT_NO_THROW(static_cast<void>(json::parse(Run("diagnose logins -u 'euro €' -p '€€' --json").out)));
+    EXPECT_TRUE(json::accept(Run("diagnose logins -u 'euro €' -p '€€' --json").out));
 }
 
 TEST_F(CtlDiagnoseTest, Live_WithAStream_ShowsItsState) {

@@ -73,6 +73,15 @@ TEST_F(CtlTest, Arguments_Wrong_AreUsageErrors) {
     }
 }
 
+TEST_F(CtlTest, Arguments_Wrong_AreToldInOneLineThatNamesTheHelp) {
+    EXPECT_EQ(Run("").err, "hostmgrctl: A subcommand is required; see hostmgrctl --help\n");
+    EXPECT_EQ(Run("nothing").err, "hostmgrctl: \"nothing\" is no command; see hostmgrctl --help\n");
+    EXPECT_EQ(Run("--nothing").err, "hostmgrctl: \"--nothing\" is no command; see hostmgrctl --help\n");
+    EXPECT_EQ(Run("live --nothing").err,
+              "hostmgrctl: The following argument was not expected: --nothing; see hostmgrctl live --help\n");
+    EXPECT_EQ(Run("ptz").err, "hostmgrctl: order is required; see hostmgrctl ptz --help\n");
+}
+
 // ---- version and login ---------------------------------------------------------------------------------------------
 
 TEST_F(CtlTest, Version_NamesToolAndLibraryFile) {

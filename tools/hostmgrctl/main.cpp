@@ -7,6 +7,7 @@
 #include <system_error>
 #include <vector>
 
+#include "../wrong_arguments.h"
 #include "console.h"
 #include "stop.h"
 #include "topic.h"
@@ -89,6 +90,7 @@ ExitCode Main(int argc, char** argv) {
     app.set_version_flag("--version", "hostmgrctl " HOSTMGRCTL_VERSION);
     app.get_formatter()->column_width(28);
     app.require_subcommand(1);
+    app.failure_message(WrongArguments);
     app.footer("hostmgrctl COMMAND --help shows a command's options and examples.\n\n" + ExitCodesText());
     const std::vector<Command> commands = AddTopics(app, &verbose);
     try {

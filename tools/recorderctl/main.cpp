@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "../wrong_arguments.h"
 #include "commands.h"
 #include "panel.h"
 #include "status.h"
@@ -86,6 +87,7 @@ ExitCode Main(int argc, char** argv) {
     app.add_flag("--json", options.json, "show the recorder's answer as JSON, one line");
     app.get_formatter()->column_width(28);
     app.require_subcommand(1);
+    app.failure_message(WrongArguments);
     app.fallthrough();
     app.footer(std::string(ABOUT) + EXIT_CODES);
     const std::vector<Parsed> commands = AddCommands(app);

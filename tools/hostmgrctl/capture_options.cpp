@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "channel_list.h"
+#include "common_options.h"
 #include "exit_code.h"
 
 namespace hostmgrctl {
@@ -74,10 +75,7 @@ void AddCaptureOptions(CLI::App& app, CaptureOptions* options) {
     app.add_option("-c,--channel", options->channels, "channels: 2, 1,3 or 1-4")
         ->type_name("LIST")
         ->capture_default_str();
-    app.add_option("-S,--stream", options->stream, "main or sub: only reported back")
-        ->type_name("WHICH")
-        ->check(CLI::IsMember({"main", "sub"}).description(""))
-        ->capture_default_str();
+    AddStreamOption(app, &options->stream, "main or sub: only reported back");
     app.add_flag("--second", options->second, "a picture each second; so without any of these");
     app.add_option("--daily", options->daily, "a picture each second from 4 seconds before\nto 4 seconds after a time")
         ->type_name("HH:MM[:SS]");
@@ -117,7 +115,7 @@ void AddCaptureOptions(CLI::App& app, CaptureOptions* options) {
 CaptureSetup Resolve(const CaptureOptions& options) {
     CaptureSetup setup;
     setup.channels = ParseChannels(options.channels);
-    setup.stream = options.stream == "main" ? HOSTMGR_STREAM_MAIN : HOSTMGR_STREAM_SUB;
+    setup.stream = StreamNumber(options.stream);
     setup.alarms = ParseAlarmKinds(options.on);
     setup.on_alarm = options.alarm;
     Refuse(!options.alarm && !options.triggers.empty(), "--trigger is for --alarm: give it, too");

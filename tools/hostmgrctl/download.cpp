@@ -5,6 +5,7 @@
 
 #include "agent.h"
 #include "channel_take.h"
+#include "common_options.h"
 #include "console.h"
 #include "live_count.h"
 #include "local_time.h"
@@ -19,8 +20,6 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds POLL{20};
-constexpr double LONGEST = 1e6;  // seconds
-constexpr double SHORTEST_TIMEOUT = 0.001;
 constexpr double MICROSECOND = 1e-6;
 // A recording is listed in whole seconds, and its last picture stands for the time to the next one.
 constexpr double END_TOLERANCE = 3;
@@ -37,10 +36,7 @@ struct Options {
     std::string output;
     bool json = false;
 
-    PlaySetup Setup() const {
-        return {PlayWay::Download, Resolve(range), stream == "main" ? HOSTMGR_STREAM_MAIN : HOSTMGR_STREAM_SUB,
-                !no_audio, false};
-    }
+    PlaySetup Setup() const { return {PlayWay::Download, Resolve(range), StreamNumber(stream), !no_audio, false}; }
 };
 
 /** One channel: what there is to come, and what has come. */
@@ -262,10 +258,7 @@ private:
 Action Add(CLI::App& app) {
     auto options = std::make_shared<Options>();
     AddRangeOptions(app, &options->range);
-    app.add_option("-S,--stream", options->stream, "main or sub")
-        ->type_name("WHICH")
-        ->check(CLI::IsMember({"main", "sub"}).description(""))
-        ->capture_default_str();
+    AddStreamOption(app, &options->stream);
     app.add_option("-o,--output", options->output,
                    "file to write: .mkv (best), .mov, .mp4 (sound\nbecomes AAC), .h264 (pictures only); of several\n"
                    "channels gate-channelN.mkv")
@@ -274,10 +267,7 @@ Action Add(CLI::App& app) {
     app.add_flag("--no-audio", options->no_audio, "video only; faster");
     app.add_flag("--keep-gaps", options->keep_gaps, "time that is not recorded passes in the file, too");
     app.add_flag("--keep-partial", options->keep_partial, "keep what came when the download ends early");
-    app.add_option("-t,--timeout", options->timeout, "give up after so many seconds without a frame")
-        ->type_name("N")
-        ->check(CLI::Range(SHORTEST_TIMEOUT, LONGEST).description(""))
-        ->capture_default_str();
+    AddTimeoutOption(app, &options->timeout, "give up after so many seconds without a frame");
     app.add_flag("--json", options->json, "print one JSON object");
     AddLoginOptions(app, &options->login);
     return [options] { return DownloadRun(*options).Run(); };

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "agent.h"
+#include "common_options.h"
 #include "live_buffer.h"
 #include "live_run.h"
 #include "topic.h"
@@ -16,7 +17,7 @@ struct Options {
     std::string stream = "main";
     bool no_audio = false;
 
-    unsigned Stream() const { return stream == "main" ? HOSTMGR_STREAM_MAIN : HOSTMGR_STREAM_SUB; }
+    unsigned Stream() const { return StreamNumber(stream); }
 };
 
 void Read(const Options& options, LiveRun* run) {
@@ -36,14 +37,8 @@ ExitCode Run(const Options& options) {
 
 Action Add(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    app.add_option("-c,--channel", options->channel, "channel, from 1")
-        ->type_name("N")
-        ->check(CLI::Range(1U, HOSTMGR_MAX_CHANNELS).description(""))
-        ->capture_default_str();
-    app.add_option("-S,--stream", options->stream, "main or sub")
-        ->type_name("WHICH")
-        ->check(CLI::IsMember({"main", "sub"}).description(""))
-        ->capture_default_str();
+    AddChannelOption(app, &options->channel, 1, "channel, from 1");
+    AddStreamOption(app, &options->stream);
     app.add_flag("--no-audio", options->no_audio, "video only");
     AddLiveOptions(app, &options->live, ".mkv (best), .mov, .mp4 (sound\nbecomes AAC), .h264 (pictures only)");
     AddLoginOptions(app, &options->login);

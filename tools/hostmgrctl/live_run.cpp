@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "common_options.h"
 #include "console.h"
 #include "exit_code.h"
 #include "progress.h"
@@ -15,7 +16,6 @@ namespace {
 constexpr std::chrono::milliseconds POLL{5};
 constexpr double LONGEST = 1e6;         // seconds
 constexpr double HALF_A_TICK = 0.0005;  // time stamps in files are rounded to milliseconds
-constexpr double SHORTEST_TIMEOUT = 0.001;
 constexpr unsigned long MOST_FRAMES = 1000000000;
 
 /** Microseconds since 1970, by the clock that the frames are stamped with. */
@@ -40,10 +40,7 @@ void AddLiveOptions(CLI::App& app, LiveOptions* options, const char* containers)
         ->type_name("N")
         ->check(CLI::Range(1UL, MOST_FRAMES).description(""));
     app.add_option("-o,--output", options->output, std::string("file to write: ") + containers)->type_name("FILE");
-    app.add_option("-t,--timeout", options->timeout, "give up after so many seconds without a picture")
-        ->type_name("N")
-        ->check(CLI::Range(SHORTEST_TIMEOUT, LONGEST).description(""))
-        ->capture_default_str();
+    AddTimeoutOption(app, &options->timeout, "give up after so many seconds without a picture");
     app.add_flag("--json", options->json, "print one JSON object");
 }
 

@@ -5,6 +5,7 @@
 
 #include "agent.h"
 #include "channel_take.h"
+#include "common_options.h"
 #include "console.h"
 #include "live_count.h"
 #include "local_time.h"
@@ -20,8 +21,6 @@ namespace {
 using std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds POLL{20};
-constexpr double LONGEST = 1e6;  // seconds
-constexpr double SHORTEST_TIMEOUT = 0.001;
 constexpr unsigned long MOST_FRAMES = 1000000000;
 
 struct Options {
@@ -42,8 +41,8 @@ struct Options {
     bool WithSound() const { return !no_audio && !reverse && (speed == 0 || speed == 1); }
 
     PlaySetup Setup() const {
-        return {reader ? PlayWay::Reader : PlayWay::Callback, Resolve(range),
-                stream == "main" ? HOSTMGR_STREAM_MAIN : HOSTMGR_STREAM_SUB, WithSound(), reverse};
+        return {reader ? PlayWay::Reader : PlayWay::Callback, Resolve(range), StreamNumber(stream), WithSound(),
+                reverse};
     }
 };
 
@@ -274,10 +273,7 @@ private:
 };
 
 void AddPlayOptions(CLI::App& app, Options* options) {
-    app.add_option("-S,--stream", options->stream, "main or sub")
-        ->type_name("WHICH")
-        ->check(CLI::IsMember({"main", "sub"}).description(""))
-        ->capture_default_str();
+    AddStreamOption(app, &options->stream);
     app.add_option("-x,--speed", options->speed,
                    "2: twice as fast, -2: half as fast; up to 32;\nfrom 5 on key frames alone")
         ->type_name("N")
@@ -303,10 +299,7 @@ Action Add(CLI::App& app) {
     app.add_option("-o,--output", options->output,
                    "file to write, as played: .mkv (best), .mov, .mp4,\n.h264; of several channels gate-channelN.mkv")
         ->type_name("FILE");
-    app.add_option("-t,--timeout", options->timeout, "give up after so many seconds without a frame")
-        ->type_name("N")
-        ->check(CLI::Range(SHORTEST_TIMEOUT, LONGEST).description(""))
-        ->capture_default_str();
+    AddTimeoutOption(app, &options->timeout, "give up after so many seconds without a frame");
     app.add_flag("--json", options->json, "print one JSON object");
     AddLoginOptions(app, &options->login);
     return [options] { return PlayRun(*options).Run(); };

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "agent.h"
+#include "common_options.h"
 #include "console.h"
 #include "jpeg_probe.h"
 #include "live_count.h"
@@ -54,7 +55,7 @@ void CheckExtension(const std::string& path) {
 
 Snapshot Take(const Options& options) {
     const Agent agent(options.login);
-    const int stream = options.stream == "main" ? HOSTMGR_STREAM_MAIN : HOSTMGR_STREAM_SUB;
+    const int stream = static_cast<int>(StreamNumber(options.stream));
     for (unsigned room = FIRST_ROOM; room <= MOST_ROOM; room *= GROWTH) {
         Snapshot snapshot = {std::string(room, '\0'), {}, time(nullptr), steady_clock::now()};
         unsigned size = 0;
@@ -107,14 +108,8 @@ ExitCode Run(const Options& options) {
 
 Action Add(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    app.add_option("-c,--channel", options->channel, "channel, from 1")
-        ->type_name("N")
-        ->check(CLI::Range(1U, HOSTMGR_MAX_CHANNELS).description(""))
-        ->capture_default_str();
-    app.add_option("-S,--stream", options->stream, "main or sub; the recorder takes it as a wish")
-        ->type_name("WHICH")
-        ->check(CLI::IsMember({"main", "sub"}).description(""))
-        ->capture_default_str();
+    AddChannelOption(app, &options->channel, 1, "channel, from 1");
+    AddStreamOption(app, &options->stream, "main or sub; the recorder takes it as a wish");
     app.add_option("-o,--output", options->output, "file to write, .jpg; without it channelN.jpg")->type_name("FILE");
     app.add_flag("--json", options->json, "print one JSON object");
     AddLoginOptions(app, &options->login);

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "agent.h"
+#include "common_options.h"
 #include "console.h"
 #include "level.h"
 #include "live_count.h"
@@ -27,7 +28,6 @@ constexpr std::chrono::milliseconds METER_INTERVAL{100};
 constexpr int FRAMES_A_SECOND = 25;
 constexpr double USUAL_SECONDS = 10;
 constexpr double LONGEST = 1e6;
-constexpr double SHORTEST_TIMEOUT = 0.001;
 // From the last frame's sending until the recorder has played it: a stop drops what waits.
 constexpr double PLAY_OUT = 0.5;
 constexpr double ENDLESS = std::numeric_limits<double>::infinity();
@@ -285,10 +285,7 @@ private:
 
 Action Add(CLI::App& app) {
     auto options = std::make_shared<Options>();
-    app.add_option("-c,--channel", options->channel, "0: with the recorder itself; from 1: with that\nchannel's camera")
-        ->type_name("N")
-        ->check(CLI::Range(0U, HOSTMGR_MAX_CHANNELS).description(""))
-        ->capture_default_str();
+    AddChannelOption(app, &options->channel, 0, "0: with the recorder itself; from 1: with that\nchannel's camera");
     app.add_option("-i,--input", options->input,
                    "sound file to play there: WAV, or any other; rate\nand channels are converted")
         ->type_name("FILE");
@@ -302,11 +299,8 @@ Action Add(CLI::App& app) {
         ->type_name("LAW")
         ->check(CLI::IsMember({"a", "u"}).description(""))
         ->capture_default_str();
-    app.add_option("-t,--timeout", options->timeout,
-                   "give up after so many seconds in which nothing is\nheard, unless there is only sent")
-        ->type_name("N")
-        ->check(CLI::Range(SHORTEST_TIMEOUT, LONGEST).description(""))
-        ->capture_default_str();
+    AddTimeoutOption(app, &options->timeout,
+                     "give up after so many seconds in which nothing is\nheard, unless there is only sent");
     app.add_flag("--json", options->json, "print one JSON object");
     AddLoginOptions(app, &options->login);
     return [options] { return TalkRun(*options).Run(); };
